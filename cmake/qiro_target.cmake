@@ -1,0 +1,41 @@
+# Helpers shared by every folder: one static library per source folder,
+# one GoogleTest executable per test folder, with the project's warnings.
+
+function(qiro_warnings a_target)
+    target_compile_options(${a_target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow
+                                               -Wnon-virtual-dtor -Wold-style-cast)
+    if(QIRO_WERROR)
+        target_compile_options(${a_target} PRIVATE -Werror)
+    endif()
+endfunction()
+
+# qiro_library(NAME folder-name LINK libs...): a static library of every .cpp in
+# the calling folder (not recursive), with src/ as the include root.
+function(qiro_library a_name)
+    cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    add_library(${a_name} STATIC ${sources})
+    target_include_directories(${a_name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(${a_name} PUBLIC ${ARG_LINK})
+    qiro_warnings(${a_name})
+endfunction()
+
+# qiro_test(NAME LABELS l... LINK libs... [ENV k=v...]): a GoogleTest program of
+# every .cpp in the calling folder, its cases registered with CTest.
+function(qiro_test a_name)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "LABELS;LINK;ENV" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    add_executable(${a_name} ${sources})
+    target_link_libraries(${a_name} PRIVATE ${ARG_LINK} GTest::gtest GTest::gmock GTest::gtest_main)
+    target_include_directories(${a_name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_compile_definitions(${a_name} PRIVATE
+        QIRO_TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/tests/data"
+        QIRO_BINARY_DIR="${PROJECT_BINARY_DIR}")
+    qiro_warnings(${a_name})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    gtest_discover_tests(${a_name}
+        PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${ARG_ENV}"
+        DISCOVERY_TIMEOUT 60)
+endfunction()
