@@ -1,0 +1,77 @@
+#include "text/url_xml_escape.hpp"
+
+#include "text/wide_string.hpp"
+
+#include <cstdlib>
+
+namespace qiro_plugin::utility {
+
+std::string url_encode(const std::string& a_text) {
+    static constexpr char k_hex[] = "0123456789ABCDEF";
+    std::string result;
+    result.reserve(a_text.size() * 3);
+    for (const char byte : a_text) {
+        const auto value = static_cast<unsigned char>(byte);
+        if (byte == '.' || byte == '_' || byte == '-') {
+            result.push_back(byte);
+        } else if (byte == ' ') {
+            result.push_back('+');
+        } else {
+            result.push_back('%');
+            result.push_back(k_hex[value >> 4]);
+            result.push_back(k_hex[value & 0x0F]);
+        }
+    }
+    return result;
+}
+
+std::string url_decode(const std::string& a_text) {
+    std::string result;
+    result.reserve(a_text.size());
+    const std::size_t size = a_text.size();
+    std::size_t i = 0;
+    while (i < size) {
+        const char byte = a_text[i];
+        if (byte == '+') {
+            result.push_back(' ');
+            ++i;
+        } else if (byte == '%' && i + 2 < size) {
+            // The number reader's own rules (leading blanks, a sign) are part of the format.
+            const char digits[3] = {a_text[i + 1], a_text[i + 2], '\0'};
+            char* end = nullptr;
+            const long value = std::strtol(digits, &end, 16);
+            if (end == digits + 2 && value >= 0 && value <= 255) {
+                result.push_back(static_cast<char>(value));
+            } else {
+                result.append(a_text, i, 3);
+            }
+            i += 3;
+        } else {
+            result.push_back(byte);
+            ++i;
+        }
+    }
+    return result;
+}
+
+utf16_string convert_xml_entity(const utf16_string& a_text) {
+    utf16_string result(a_text);
+    replace_sub_string(true, result, u"&", u"&amp;");
+    replace_sub_string(true, result, u"<", u"&lt;");
+    replace_sub_string(true, result, u">", u"&gt;");
+    replace_sub_string(true, result, u"'", u"&apos;");
+    replace_sub_string(true, result, u"\"", u"&quot;");
+    return result;
+}
+
+utf16_string convert_control_character(const utf16_string& a_text) {
+    utf16_string result(a_text);
+    for (auto& unit : result) {
+        if (unit <= 31 || unit == 127) {
+            unit = u' ';
+        }
+    }
+    return result;
+}
+
+} // namespace qiro_plugin::utility

@@ -1,0 +1,96 @@
+#include "text/utf8_codec.hpp"
+
+#include <cstdint>
+
+namespace qiro_plugin::string_encode::detail {
+
+std::optional<utf16_string> utf8_to_utf16(std::string_view a_bytes) {
+    utf16_string result;
+    result.reserve(a_bytes.size());
+    const std::size_t size = a_bytes.size();
+    std::size_t i = 0;
+    while (i < size) {
+        const auto lead = static_cast<std::uint8_t>(a_bytes[i]);
+        if (lead < 0x80) {
+            result.push_back(static_cast<char16_t>(lead));
+            ++i;
+            continue;
+        }
+        std::size_t length = 0;
+        std::uint32_t code = 0;
+        std::uint32_t minimum = 0;
+        if (lead >= 0xC2 && lead <= 0xDF) {
+            length = 2;
+            code = lead & 0x1Fu;
+            minimum = 0x80;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            length = 3;
+            code = lead & 0x0Fu;
+            minimum = 0x800;
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            length = 4;
+            code = lead & 0x07u;
+            minimum = 0x10000;
+        } else {
+            return std::nullopt;
+        }
+        if (size - i < length) {
+            return std::nullopt;
+        }
+        for (std::size_t k = 1; k < length; ++k) {
+            const auto next = static_cast<std::uint8_t>(a_bytes[i + k]);
+            if ((next & 0xC0u) != 0x80u) {
+                return std::nullopt;
+            }
+            code = (code << 6) | (next & 0x3Fu);
+        }
+        if (code < minimum || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
+            return std::nullopt;
+        }
+        if (code >= 0x10000) {
+            code -= 0x10000;
+            result.push_back(static_cast<char16_t>(0xD800 + (code >> 10)));
+            result.push_back(static_cast<char16_t>(0xDC00 + (code & 0x3FFu)));
+        } else {
+            result.push_back(static_cast<char16_t>(code));
+        }
+        i += length;
+    }
+    return result;
+}
+
+std::optional<std::string> utf16_to_utf8(std::u16string_view a_text) {
+    std::string result;
+    result.reserve(a_text.size() * 3);
+    const std::size_t size = a_text.size();
+    for (std::size_t i = 0; i < size; ++i) {
+        std::uint32_t code = a_text[i];
+        if (code >= 0xD800 && code <= 0xDBFF) {
+            if (i + 1 >= size || a_text[i + 1] < 0xDC00 || a_text[i + 1] > 0xDFFF) {
+                return std::nullopt;
+            }
+            code = 0x10000 + ((code - 0xD800) << 10) + (a_text[i + 1] - 0xDC00u);
+            ++i;
+        } else if (code >= 0xDC00 && code <= 0xDFFF) {
+            return std::nullopt;
+        }
+        if (code < 0x80) {
+            result.push_back(static_cast<char>(code));
+        } else if (code < 0x800) {
+            result.push_back(static_cast<char>(0xC0 | (code >> 6)));
+            result.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+        } else if (code < 0x10000) {
+            result.push_back(static_cast<char>(0xE0 | (code >> 12)));
+            result.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
+            result.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+        } else {
+            result.push_back(static_cast<char>(0xF0 | (code >> 18)));
+            result.push_back(static_cast<char>(0x80 | ((code >> 12) & 0x3F)));
+            result.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
+            result.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+        }
+    }
+    return result;
+}
+
+} // namespace qiro_plugin::string_encode::detail
