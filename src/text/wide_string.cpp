@@ -66,7 +66,8 @@ std::vector<utf16_string> find_sub_string_range_all(const utf16_string& a_text,
     return result;
 }
 
-std::vector<utf16_string> split_string(const utf16_string& a_text, const utf16_string& a_separator) {
+std::vector<utf16_string> split_string(const utf16_string& a_text,
+                                       const utf16_string& a_separator) {
     std::vector<utf16_string> result;
     std::size_t start = 0;
     if (!a_separator.empty()) {
@@ -145,7 +146,8 @@ void replace_sub_string_range_all(utf16_string& a_text, const utf16_string& a_be
     std::size_t from = 0;
     std::size_t begin_pos = 0;
     std::size_t end_pos = 0;
-    while (from <= a_text.size() && find_markers(a_text, a_begin, a_end, from, begin_pos, end_pos)) {
+    while (from <= a_text.size() &&
+           find_markers(a_text, a_begin, a_end, from, begin_pos, end_pos)) {
         a_text.replace(begin_pos, end_pos + a_end.size() - begin_pos, a_replacement);
         from = begin_pos + a_replacement.size();
         if (a_begin.empty() && a_end.empty()) {
