@@ -1,0 +1,164 @@
+#include "bridges/protocol.hpp"
+#include "runtime/instance_script_impl.hpp"
+#include "runtime/message_script.hpp"
+#include "runtime/runtime_assert.hpp"
+#include "text/wide_string.hpp"
+#include "xml/script_load.hpp"
+
+#include <exception>
+#include <stdexcept>
+
+namespace qiro_plugin {
+
+namespace {
+
+// Every value but the port is URL-encoded; the bridges read the port as plain digits.
+std::string make_port_argument(std::uint32_t a_port) {
+    return quote_argument(std::to_string(a_port));
+}
+
+message_script::candidate
+make_candidate(const xml_access_library::script_load::candidate_data& a_data) {
+    message_script::candidate item;
+    item.title = a_data.title;
+    item.comment = a_data.comment;
+    item.alternative = a_data.alternative;
+    item.alternative_alias = a_data.alternative_alias;
+    item.alternative_type = a_data.alternative_type;
+    item.info = a_data.info;
+    return item;
+}
+
+// Adds the candidates of a run result document; false when the output is not one.
+bool add_candidates(const std::string& a_output, message_script& a_message) {
+    try {
+        xml_access_library::script_load reader(a_output);
+        if (!reader.parse()) {
+            return false;
+        }
+        for (const auto& data : reader.get_candidate_data_array()) {
+            a_message.add_candidate(make_candidate(data));
+        }
+        return true;
+    } catch (const std::exception&) {
+        // An output the reader refuses (too long) is no document either.
+        return false;
+    }
+}
+
+} // namespace
+
+bool qiro_plugin_instance_script::syntax_check() {
+    const std::string output =
+        p_impl->run_command_rapper(QIRO_PLUGIN_SCRIPT_METHOD_NAME_SYNTAX_CHECK, {}, true);
+    const std::string expected =
+        utility::toupper_string(std::string(QIRO_PLUGIN_SCRIPT_SYNTAX_OK_MESSAGE));
+    if (utility::toupper_string(output).find(expected) == 0) {
+        return true;
+    }
+    // A text from an earlier failure says more than this one, so it is kept, and so is the
+    // loaded flag that went with it.
+    if (p_impl->m_load_error_message.empty()) {
+        p_impl->m_load_error_message =
+            p_impl->m_plugin_file_name +
+            u" : [SCRIPT] スクリプトファイルのプラグインの文法チェックに失敗しました";
+        p_impl->m_is_load = 0;
+    }
+    return false;
+}
+
+bool qiro_plugin_instance_script::run_processing(
+    std::shared_ptr<abstract_qiro_plugin_message> a_message, const qiro_plugin_request& a_request,
+    const qiro_plugin_message_quit_flag& /*a_quit_flag*/) {
+    QIRO_RUNTIME_ASSERT(is_load());
+    if (!a_message) {
+        throw std::runtime_error("qiro_plugin_instance_script::run_processing() : fault1.");
+    }
+    auto* message = dynamic_cast<message_script*>(a_message.get());
+    if (message == nullptr) {
+        throw std::runtime_error("qiro_plugin_instance_script::run_processing() : fault2.");
+    }
+
+    std::string arguments;
+    arguments += make_text_argument(
+        get_record_text(a_request.composition_string, a_request.composition_string_length));
+    arguments += make_text_argument(
+        get_record_text(a_request.reading_string, a_request.reading_string_length));
+    arguments += make_text_argument(
+        get_record_text(a_request.proxy_address, a_request.proxy_address_length));
+    arguments += make_port_argument(a_request.proxy_port);
+    arguments += make_text_argument(
+        get_record_text(a_request.proxy_username, a_request.proxy_username_length));
+    arguments += make_text_argument(
+        get_record_text(a_request.proxy_password, a_request.proxy_password_length));
+    if (p_impl->m_plugin_preference_data.preference) {
+        arguments += p_impl->make_preference_path_argument();
+    }
+
+    const std::string output =
+        p_impl->run_command_rapper(QIRO_PLUGIN_SCRIPT_METHOD_NAME_RUN_PROCESS, arguments, true);
+    if (!output.empty()) {
+        p_impl->m_is_last_document_parsed = add_candidates(output, *message);
+    }
+    return true;
+}
+
+qiro_plugin_receive_data qiro_plugin_instance_script::get_plugin_receive_data(
+    std::shared_ptr<abstract_qiro_plugin_message> a_message, unsigned int a_plugin_index,
+    unsigned int a_generation_id) const {
+    QIRO_RUNTIME_ASSERT(is_load());
+    qiro_plugin_receive_data receive_data;
+    if (!a_message) {
+        throw std::runtime_error(
+            "qiro_plugin_instance_script::get_plugin_receive_data() : fault1.");
+    }
+    const auto* message = dynamic_cast<const message_script*>(a_message.get());
+    if (message == nullptr) {
+        throw std::runtime_error(
+            "qiro_plugin_instance_script::get_plugin_receive_data() : fault2.");
+    }
+    receive_data.return_type = static_cast<std::uint32_t>(message->get_return_type());
+    if (receive_data.return_type != 0) {
+        return receive_data;
+    }
+    receive_data.xml_string =
+        message->make_xml_string_to_candidate(a_plugin_index, a_generation_id);
+    return receive_data;
+}
+
+bool qiro_plugin_instance_script::run_callback(
+    std::shared_ptr<abstract_qiro_plugin_message> /*a_message*/,
+    const qiro_plugin_callback& a_callback, const qiro_plugin_message_quit_flag& /*a_quit_flag*/) {
+    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_RUNTIME_ASSERT_TEXT(p_impl->m_plugin_preference_data.callback,
+                             "p_impl->m_plugin_preference_data.m_callback");
+
+    std::string arguments;
+    arguments += make_text_argument(
+        get_record_text(a_callback.candidate_string, a_callback.candidate_string_length));
+    arguments += make_text_argument(
+        get_record_text(a_callback.composition_string, a_callback.composition_string_length));
+    arguments += make_text_argument(
+        get_record_text(a_callback.proxy_address, a_callback.proxy_address_length));
+    arguments += make_port_argument(a_callback.proxy_port);
+    arguments += make_text_argument(
+        get_record_text(a_callback.proxy_username, a_callback.proxy_username_length));
+    arguments += make_text_argument(
+        get_record_text(a_callback.proxy_password, a_callback.proxy_password_length));
+    if (p_impl->m_plugin_preference_data.preference) {
+        arguments += p_impl->make_preference_path_argument();
+    }
+    p_impl->run_command_rapper(QIRO_PLUGIN_SCRIPT_METHOD_NAME_RUN_CALLBACK, arguments, false);
+    return true;
+}
+
+bool qiro_plugin_instance_script::run_preference(void* /*a_parent*/) {
+    // Unlike the other runs this one does not require the loaded flag.
+    QIRO_RUNTIME_ASSERT_TEXT(p_impl->m_plugin_preference_data.preference,
+                             "p_impl->m_plugin_preference_data.m_preference");
+    p_impl->run_command_rapper(QIRO_PLUGIN_SCRIPT_METHOD_NAME_RUN_PREFERENCE,
+                               p_impl->make_preference_path_argument(), false);
+    return true;
+}
+
+} // namespace qiro_plugin

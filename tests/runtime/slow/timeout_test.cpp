@@ -1,0 +1,48 @@
+#include "runtime/message_script.hpp"
+#include "runtime/runtime_fixture.hpp"
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+
+#include <cerrno>
+#include <chrono>
+#include <string>
+#include <thread>
+
+using namespace qiro_plugin;
+
+namespace {
+
+class sleeping_plugin : public qiro_test::runtime_fixture {};
+
+bool is_process_gone(pid_t a_pid) {
+    for (int i = 0; i < 50; ++i) {
+        if (kill(a_pid, 0) != 0 && errno == ESRCH) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return false;
+}
+
+} // namespace
+
+TEST_F(sleeping_plugin, run_that_never_answers_is_abandoned_and_leaves_nothing) {
+    copy_fixture("sleeps_forever.py", m_plugins);
+    const auto instance = make_instance(m_plugins, "sleeps_forever.py", qiro_test::python_row());
+    ASSERT_TRUE(instance->syntax_check());
+
+    qiro_plugin_request request{};
+    const auto message = instance->alloc_qiro_plugin_message(nullptr, 0);
+    EXPECT_TRUE(instance->run_processing(message, request, {}));
+    EXPECT_TRUE(dynamic_cast<message_script&>(*message).get_candidates().empty());
+    // The abandoned command changes nothing: the outputs are still the syntax check's.
+    EXPECT_EQ(instance->get_last_std_output_string(), "syntax ok");
+    EXPECT_TRUE(instance->get_load_error_message().empty());
+    EXPECT_TRUE(bridge_files().empty());
+
+    const std::string pid_text = qiro_test::read_file(m_echo_file);
+    ASSERT_FALSE(pid_text.empty());
+    EXPECT_TRUE(is_process_gone(static_cast<pid_t>(std::stol(pid_text))));
+}
