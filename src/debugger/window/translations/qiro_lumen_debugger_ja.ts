@@ -1,0 +1,51 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="ja_JP">
+<context>
+    <name>main_window</name>
+    <message>
+        <source>QIRO Lumen Script Plug-in Debugger</source>
+        <translation>QIRO Lumen スクリプトプラグイン デバッガ</translation>
+    </message>
+    <message>
+        <source>&amp;Plug-in:</source>
+        <translation>プラグイン(&amp;P):</translation>
+    </message>
+    <message>
+        <source>Plug-in files of the plugin folder</source>
+        <translation>plugin フォルダのプラグインファイル</translation>
+    </message>
+    <message>
+        <source>Re&amp;load</source>
+        <translation>再読み込み(&amp;L)</translation>
+    </message>
+    <message>
+        <source>List the plugin folder again</source>
+        <translation>plugin フォルダを読み直します</translation>
+    </message>
+    <message>
+        <source>&amp;Written form:</source>
+        <translation>表記(&amp;W):</translation>
+    </message>
+    <message>
+        <source>Text handed to the plug-in (at most 100 UTF-16 units)</source>
+        <translation>プラグインに渡す表記（UTF-16 で 100 単位まで）</translation>
+    </message>
+    <message>
+        <source>&amp;Run</source>
+        <translation>実行(&amp;R)</translation>
+    </message>
+    <message>
+        <source>Standard output</source>
+        <translation>標準出力</translation>
+    </message>
+    <message>
+        <source>Standard error</source>
+        <translation>標準エラー出力</translation>
+    </message>
+    <message>
+        <source>Put your plug-in files (.py, .rb, .pl, each with its optional .xml preference document) in the plugin folder beside this program and press Reload. Run checks the chosen plug-in&apos;s syntax and then runs it on the written form exactly as the plug-in manager would. The upper pane shows what the interpreter printed on standard output (the syntax check&apos;s reply, then the result document); the lower pane shows its standard error.</source>
+        <translation>プラグインファイル（.py .rb .pl と、必要ならその設定文書 .xml）をこのプログラムの横の plugin フォルダに置き、「再読み込み」を押してください。「実行」は選んだプラグインの文法を確かめてから、プラグインマネージャと同じ方法で表記を渡して実行します。上の枠にはインタプリタの標準出力（文法チェックの返答と結果文書）、下の枠には標準エラー出力が表示されます。</translation>
+    </message>
+</context>
+</TS>

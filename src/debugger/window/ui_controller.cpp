@@ -1,0 +1,182 @@
+#include "debugger/window/ui_controller.hpp"
+
+#include "debugger/core/script_instance_factory.hpp"
+#include "debugger/window/alert_box.hpp"
+#include "platform/localized_string.hpp"
+#include "ui_main_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QMainWindow>
+#include <QTextCursor>
+
+#include <mutex>
+
+namespace qiro_plugin::debugger {
+
+namespace {
+
+QString to_qstring(const utf16_string& a_text) {
+    return QString::fromUtf16(a_text.data(), static_cast<qsizetype>(a_text.size()));
+}
+
+utf16_string to_utf16(const QString& a_text) {
+    return utf16_string(reinterpret_cast<const char16_t*>(a_text.utf16()),
+                        static_cast<std::size_t>(a_text.size()));
+}
+
+// Appends at the very end as the user would type it; "\r\n" becomes exactly one paragraph
+// break, where appendPlainText would add a second one.
+void append_line(QPlainTextEdit* a_pane, const utf16_string& a_text) {
+    QTextCursor cursor(a_pane->document());
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertText(to_qstring(a_text) + QStringLiteral("\r\n"));
+}
+
+// Closing the only window ends the application; it is never refused.
+class main_window_frame : public QMainWindow {
+public:
+    using QMainWindow::QMainWindow;
+
+protected:
+    void closeEvent(QCloseEvent* a_event) override {
+        a_event->accept();
+        QCoreApplication::quit();
+    }
+};
+
+} // namespace
+
+struct ui_controller::impl {
+    explicit impl(ui_controller& a_owner) : m_runner(a_owner, a_owner) {}
+
+    Ui::main_window m_ui;
+    std::unique_ptr<main_window_frame> m_window = std::make_unique<main_window_frame>();
+    debug_runner m_runner;
+};
+
+ui_controller& ui_controller::getInstance() {
+    static std::mutex creation_lock;
+    static ui_controller* instance = nullptr;
+    std::lock_guard lock(creation_lock);
+    if (instance == nullptr) {
+        // Lives until the process ends, as the window it owns does.
+        instance = new ui_controller();
+    }
+    return *instance;
+}
+
+ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
+    p_impl->m_ui.setupUi(p_impl->m_window.get());
+    m_self_application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    m_self_window = p_impl->m_window.get();
+    m_warning_text_view = p_impl->m_ui.m_warning_text_view;
+    m_progress = p_impl->m_ui.m_progress;
+    m_hyoki_text_field = p_impl->m_ui.m_hyoki_text_field;
+    m_std_output_text_view = p_impl->m_ui.m_std_output_text_view;
+    m_std_error_output_text_view = p_impl->m_ui.m_std_error_output_text_view;
+    m_loaded_plusins_popup_button = p_impl->m_ui.m_loaded_plusins_popup_button;
+    m_run_debug_button = p_impl->m_ui.m_run_debug_button;
+
+    connect(m_run_debug_button, &QPushButton::clicked, this, &ui_controller::run_debug);
+    connect(m_hyoki_text_field, &QLineEdit::returnPressed, this, &ui_controller::run_debug);
+    connect(p_impl->m_ui.m_reload_button, &QPushButton::clicked, this, &ui_controller::reload);
+    connect(m_loaded_plusins_popup_button, &QComboBox::activated, this,
+            [this](int a_index) { m_menu_model.select(static_cast<std::size_t>(a_index)); });
+    awake_from_nib();
+}
+
+ui_controller::~ui_controller() = default;
+
+QMainWindow* ui_controller::window() const {
+    return m_self_window;
+}
+
+debug_runner& ui_controller::runner() {
+    return p_impl->m_runner;
+}
+
+void ui_controller::awake_from_nib() {
+    m_warning_text_view->setReadOnly(true);
+    QPalette notice_palette = m_warning_text_view->palette();
+    notice_palette.setColor(QPalette::Base, m_self_window->palette().color(QPalette::Window));
+    m_warning_text_view->setPalette(notice_palette);
+
+    m_std_output_text_view->setReadOnly(true);
+    clear_std_output_text();
+    m_std_error_output_text_view->setReadOnly(true);
+    clear_std_error_output_text();
+
+    QSizePolicy keep_place = m_progress->sizePolicy();
+    keep_place.setRetainSizeWhenHidden(true);
+    m_progress->setSizePolicy(keep_place);
+    m_progress->setVisible(false);
+
+    const QSize initial = m_self_window->size();
+    m_self_window->setMinimumSize(initial);
+    m_self_window->setMaximumSize(initial * 2);
+}
+
+void ui_controller::reload() {
+    reload_plugins(m_menu_model, *this);
+    fill_menu();
+}
+
+void ui_controller::fill_menu() {
+    const QSignalBlocker quiet(m_loaded_plusins_popup_button);
+    m_loaded_plusins_popup_button->clear();
+    for (const auto& title : m_menu_model.item_titles()) {
+        m_loaded_plusins_popup_button->addItem(to_qstring(title));
+    }
+    if (const auto selected = m_menu_model.selected_index()) {
+        m_loaded_plusins_popup_button->setCurrentIndex(static_cast<int>(*selected));
+    }
+    m_loaded_plusins_popup_button->setEnabled(m_menu_model.is_menu_enabled());
+    m_run_debug_button->setEnabled(m_menu_model.is_run_enabled());
+}
+
+void ui_controller::run_debug() {
+    const auto plugin = m_menu_model.selected_plugin();
+    if (!plugin) {
+        return;
+    }
+    p_impl->m_runner.run_debug(to_utf16(m_hyoki_text_field->text()), *plugin);
+}
+
+std::shared_ptr<abstract_qiro_plugin_instance>
+ui_controller::get_script_instance_path(const utf16_string& a_folder, const utf16_string& a_name) {
+    return debugger::get_script_instance_path(a_folder, a_name, *this);
+}
+
+void ui_controller::add_std_output_text(const utf16_string& a_text) {
+    append_line(m_std_output_text_view, a_text);
+}
+
+void ui_controller::add_std_error_output_text(const utf16_string& a_text) {
+    append_line(m_std_error_output_text_view, a_text);
+}
+
+void ui_controller::clear_std_output_text() {
+    m_std_output_text_view->setPlainText(QString());
+}
+
+void ui_controller::clear_std_error_output_text() {
+    m_std_error_output_text_view->setPlainText(QString());
+}
+
+void ui_controller::start_progress() {
+    m_progress->setRange(0, 0);
+    m_progress->setVisible(true);
+    // Paint the indicator now: the run blocks this thread until its commands end.
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void ui_controller::stop_progress() {
+    m_progress->setVisible(false);
+}
+
+void ui_controller::show_alert(const std::string& a_key) {
+    show_alert_box(m_self_window, to_qstring(utility::localized_string(a_key)));
+}
+
+} // namespace qiro_plugin::debugger
