@@ -1,0 +1,8 @@
+# Does not compile.
+package Qiro_plugin;
+
+sub run_process {
+    return ('candidate' => [ ];
+}
+
+1;

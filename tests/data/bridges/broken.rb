@@ -1,0 +1,5 @@
+# Does not compile.
+module Qiro_plugin
+  def run_process(request
+    { "candidate" => [] }
+  end

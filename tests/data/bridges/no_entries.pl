@@ -1,0 +1,4 @@
+# Loads, but its package defines no entry.
+package Qiro_plugin;
+
+1;

@@ -1,0 +1,2 @@
+# Loads, but defines no entry.
+LOADED = True

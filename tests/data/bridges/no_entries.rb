@@ -1,0 +1,3 @@
+# Loads, but its module defines no entry.
+module Qiro_plugin
+end
