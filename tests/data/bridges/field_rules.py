@@ -85,6 +85,7 @@ GROUPS = {
     "walk": walk_group,
     "late": late_group,
     "shapes": shapes_group,
+    "late_shapes": lambda: ["text"] * 100 + [{"hyoki": "late"}],
 }
 
 

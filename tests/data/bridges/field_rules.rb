@@ -59,6 +59,7 @@ module Qiro_plugin
       (0...150).map { |position| position == 2 ? { "info" => "no title" } : { "hyoki" => "c#{position}" } }
     },
     "late" => lambda { Array.new(100) { {} } + [{ "hyoki" => "late" }] },
+    "late_shapes" => lambda { ["text"] * 100 + [{ "hyoki" => "late" }] },
     "shapes" => lambda {
       ["text", 5, nil, ["list"],
        { "hyoki" => "ok", "comment" => 5, "info" => ["x"], "alternative_type" => "definite_string",
