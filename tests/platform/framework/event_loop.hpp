@@ -1,0 +1,28 @@
+#pragma once
+// Turning the test's event loop until something happens.
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+
+namespace qiro_test {
+
+// Processes events until a_done answers true or a_limit has passed; returns a_done().
+inline bool spin_until(const std::function<bool()>& a_done, std::chrono::milliseconds a_limit) {
+    // A ticking timer keeps the blocking wait below from sleeping past the deadline.
+    QTimer tick;
+    tick.start(10);
+    const auto deadline = std::chrono::steady_clock::now() + a_limit;
+    while (!a_done() && std::chrono::steady_clock::now() < deadline) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return a_done();
+}
+
+inline void spin_for(std::chrono::milliseconds a_duration) {
+    spin_until([] { return false; }, a_duration);
+}
+
+} // namespace qiro_test
