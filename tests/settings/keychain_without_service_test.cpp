@@ -1,0 +1,46 @@
+#include "settings/keychain.hpp"
+#include "settings/settings_test_support.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+using namespace qiro_plugin::utility;
+
+void expect_every_call_fails() {
+    EXPECT_EQ(get_password_in_keychain("service", "account"), "");
+    EXPECT_FALSE(set_password_in_keychain("service", "account", "secret"));
+    EXPECT_FALSE(modify_password_in_keychain("service", "account", "secret"));
+    EXPECT_FALSE(delete_item_in_keychain("service", "account"));
+}
+
+TEST(keychain_without_service_test, a_bus_address_that_leads_nowhere_fails_every_call) {
+    qiro_test::private_home home;
+    expect_every_call_fails();
+}
+
+TEST(keychain_without_service_test, no_bus_address_and_no_user_bus_fails_every_call) {
+    qiro_test::private_home home;
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    const std::string saved_runtime = runtime == nullptr ? "" : runtime;
+    setenv("XDG_RUNTIME_DIR", home.root().c_str(), 1);
+    expect_every_call_fails();
+    unsetenv("XDG_RUNTIME_DIR");
+    expect_every_call_fails();
+    if (runtime != nullptr) {
+        setenv("XDG_RUNTIME_DIR", saved_runtime.c_str(), 1);
+    }
+}
+
+TEST(keychain_without_service_test, names_the_keyring_cannot_hold_fail_before_any_call) {
+    qiro_test::private_home home;
+    EXPECT_FALSE(set_password_in_keychain("", "account", "secret"));
+    EXPECT_FALSE(set_password_in_keychain(std::string("ser\0vice", 8), "account", "secret"));
+    EXPECT_FALSE(set_password_in_keychain("service", "\xff\xfe", "secret"));
+    EXPECT_EQ(get_password_in_keychain("", ""), "");
+}
+
+} // namespace

@@ -1,0 +1,112 @@
+#include "settings/settings_test_support.hpp"
+
+#include "settings/preference_keys.hpp"
+#include "settings/preference_store.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace qiro_test {
+
+namespace {
+
+std::optional<std::string> take_environment(const char* a_name) {
+    const char* value = std::getenv(a_name);
+    return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+}
+
+void restore_environment(const char* a_name, const std::optional<std::string>& a_value) {
+    if (a_value) {
+        setenv(a_name, a_value->c_str(), 1);
+    } else {
+        unsetenv(a_name);
+    }
+}
+
+void forget_unwritten_changes() {
+    using qiro_plugin::preferences::preference_scope;
+    for (const char* domain :
+         {qiro_plugin::APPLICATION_ID_LATEST, qiro_plugin::APPLICATION_ID_21}) {
+        for (auto scope :
+             {preference_scope::current_user_any_host, preference_scope::any_user_current_host}) {
+            qiro_plugin::preferences::discard_changes(domain, scope);
+        }
+    }
+}
+
+} // namespace
+
+private_home::private_home(bool a_isolate_keyring)
+    : m_saved_home(take_environment("HOME")),
+      m_saved_machine(take_environment("QIRO_MACHINE_PREFERENCES_DIR")),
+      m_saved_bus(take_environment("DBUS_SESSION_BUS_ADDRESS")) {
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "qiro-settings-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) {
+        throw std::runtime_error("mkdtemp failed");
+    }
+    m_root = pattern;
+    std::filesystem::create_directories(m_root / "home");
+    setenv("HOME", (m_root / "home").c_str(), 1);
+    setenv("QIRO_MACHINE_PREFERENCES_DIR", (m_root / "machine").c_str(), 1);
+    if (a_isolate_keyring) {
+        setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + (m_root / "no-bus").string()).c_str(),
+               1);
+    }
+    forget_unwritten_changes();
+}
+
+private_home::~private_home() {
+    forget_unwritten_changes();
+    restore_environment("HOME", m_saved_home);
+    restore_environment("QIRO_MACHINE_PREFERENCES_DIR", m_saved_machine);
+    restore_environment("DBUS_SESSION_BUS_ADDRESS", m_saved_bus);
+    std::error_code error;
+    std::filesystem::remove_all(m_root, error);
+}
+
+std::filesystem::path private_home::user_file(const std::string& a_domain) const {
+    return m_root / "home" / "Library" / "Preferences" / (a_domain + ".plist");
+}
+
+std::filesystem::path private_home::machine_file(const std::string& a_domain) const {
+    return m_root / "machine" / (a_domain + ".plist");
+}
+
+void write_file(const std::filesystem::path& a_path, const std::string& a_bytes) {
+    std::filesystem::create_directories(a_path.parent_path());
+    std::ofstream stream(a_path, std::ios::binary);
+    stream << a_bytes;
+    if (!stream) {
+        throw std::runtime_error("cannot write " + a_path.string());
+    }
+}
+
+std::string read_file(const std::filesystem::path& a_path) {
+    std::ifstream stream(a_path, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << stream.rdbuf();
+    return bytes.str();
+}
+
+void write_plist_file(const std::filesystem::path& a_path,
+                      const qiro_plugin::preferences::preference_value& a_root,
+                      qiro_plugin::preferences::plist_format a_format) {
+    const auto bytes = qiro_plugin::preferences::write_plist(a_root, a_format);
+    if (!bytes) {
+        throw std::runtime_error("cannot make a plist");
+    }
+    write_file(a_path, *bytes);
+}
+
+qiro_plugin::preferences::preference_value read_plist_file(const std::filesystem::path& a_path) {
+    auto parsed = qiro_plugin::preferences::parse_plist(read_file(a_path));
+    EXPECT_TRUE(parsed.has_value()) << a_path;
+    return parsed ? parsed->root : qiro_plugin::preferences::preference_value();
+}
+
+} // namespace qiro_test
