@@ -1,0 +1,118 @@
+#include "settings/keychain.hpp"
+#include "settings/manager_preference_access.hpp"
+#include "settings/preference_keys.hpp"
+#include "settings/settings_test_support.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+using namespace qiro_plugin;
+using namespace qiro_plugin::utility;
+using preferences::preference_value;
+
+// Outside the private keyring of run_in_keyring.sh these cases would reach the user's own.
+class keyring_test : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (std::getenv("QIRO_PRIVATE_KEYRING") == nullptr) {
+            GTEST_SKIP() << "run through run_in_keyring.sh";
+        }
+    }
+};
+
+std::string password_of(const std::string& a_account) {
+    return get_password_in_keychain(KEYCHAIN_SERVICE_PROXY_AUTH_PASSWORD, a_account);
+}
+
+TEST_F(keyring_test, passwords_are_stored_replaced_and_deleted_by_service_and_account) {
+    const std::string service = "org.example.keyring-test";
+    EXPECT_EQ(get_password_in_keychain(service, "alice"), "");
+    EXPECT_FALSE(delete_item_in_keychain(service, "alice"));
+    EXPECT_FALSE(modify_password_in_keychain(service, "alice", "x"));
+
+    ASSERT_TRUE(set_password_in_keychain(service, "alice", "first"));
+    EXPECT_EQ(get_password_in_keychain(service, "alice"), "first");
+    EXPECT_EQ(get_password_in_keychain(service, "bob"), "");
+    EXPECT_EQ(get_password_in_keychain(service + ".other", "alice"), "");
+
+    EXPECT_TRUE(set_password_in_keychain(service, "alice", "second"));
+    EXPECT_EQ(get_password_in_keychain(service, "alice"), "second");
+    EXPECT_TRUE(modify_password_in_keychain(service, "alice", "third"));
+    EXPECT_EQ(get_password_in_keychain(service, "alice"), "third");
+
+    // One delete must leave nothing: replacing did not add a second item.
+    EXPECT_TRUE(delete_item_in_keychain(service, "alice"));
+    EXPECT_EQ(get_password_in_keychain(service, "alice"), "");
+    EXPECT_FALSE(delete_item_in_keychain(service, "alice"));
+}
+
+TEST_F(keyring_test, any_bytes_come_back_whole_and_an_empty_account_is_an_account) {
+    const std::string service = "org.example.keyring-bytes";
+    const std::string binary("\0pass\0word\xff\x01", 12);
+    ASSERT_TRUE(set_password_in_keychain(service, "ユーザー", binary));
+    EXPECT_EQ(get_password_in_keychain(service, "ユーザー"), binary);
+    ASSERT_TRUE(set_password_in_keychain(service, "", "for nobody"));
+    EXPECT_EQ(get_password_in_keychain(service, ""), "for nobody");
+    EXPECT_EQ(get_password_in_keychain(service, "ユーザー"), binary);
+    EXPECT_TRUE(delete_item_in_keychain(service, ""));
+    EXPECT_TRUE(delete_item_in_keychain(service, "ユーザー"));
+}
+
+TEST_F(keyring_test, manager_settings_keep_the_password_of_the_current_user_only) {
+    qiro_test::private_home home(false);
+    manager_preference_data data;
+    data.enable_proxy = 1;
+    data.enable_authentication = 1;
+    data.proxy_username = u"alice";
+    data.proxy_password = u"パス1";
+    ASSERT_TRUE(manager_preference_access::save_manager_preference(data));
+    EXPECT_EQ(password_of("alice"), "パス1");
+    EXPECT_EQ(manager_preference_access::read_manager_preference(), data);
+
+    data.proxy_username = u"bob";
+    data.proxy_password = u"second";
+    ASSERT_TRUE(manager_preference_access::save_manager_preference(data));
+    EXPECT_EQ(password_of("alice"), "");
+    EXPECT_EQ(password_of("bob"), "second");
+    EXPECT_EQ(manager_preference_access::read_manager_preference().proxy_password, u"second");
+
+    data.proxy_password = u"changed";
+    ASSERT_TRUE(manager_preference_access::save_manager_preference(data));
+    EXPECT_EQ(password_of("bob"), "changed");
+
+    data.proxy_username.clear();
+    data.proxy_password.clear();
+    ASSERT_TRUE(manager_preference_access::save_manager_preference(data));
+    EXPECT_EQ(password_of("bob"), "");
+    EXPECT_EQ(manager_preference_access::read_manager_preference(), data);
+}
+
+TEST_F(keyring_test, version_21_settings_are_carried_over_with_their_password) {
+    qiro_test::private_home home(false);
+    qiro_test::write_plist_file(home.user_file(APPLICATION_ID_21),
+                                preference_value(preference_value::dictionary_type{
+                                    {"enable_proxy", preference_value(true)},
+                                    {"proxy_address", preference_value("10.0.0.1")},
+                                    {"proxy_port", preference_value(8080)},
+                                    {"enable_authentication", preference_value(true)},
+                                    {"proxy_username", preference_value("carol")},
+                                }));
+    ASSERT_TRUE(set_password_in_keychain(KEYCHAIN_SERVICE_PROXY_AUTH_PASSWORD, "carol", "c-pass"));
+
+    const auto data = manager_preference_access::read_manager_preference();
+    EXPECT_EQ(data.proxy_username, u"carol");
+    EXPECT_EQ(data.proxy_password, u"c-pass");
+    EXPECT_EQ(data.proxy_port, 8080U);
+
+    const auto carried = qiro_test::read_plist_file(home.user_file(APPLICATION_ID_LATEST));
+    EXPECT_EQ(*carried.find("proxy_username"), preference_value("carol"));
+    EXPECT_EQ(*carried.find("proxy_address"), preference_value("10.0.0.1"));
+    EXPECT_EQ(password_of("carol"), "c-pass");
+    EXPECT_EQ(manager_preference_access::read_manager_preference(), data);
+    EXPECT_TRUE(delete_item_in_keychain(KEYCHAIN_SERVICE_PROXY_AUTH_PASSWORD, "carol"));
+}
+
+} // namespace
