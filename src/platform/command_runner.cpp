@@ -1,0 +1,130 @@
+#include "platform/command_runner.hpp"
+
+#include "platform/child_process.hpp"
+#include "platform/output_stream.hpp"
+#include "text/string_encode.hpp"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <sys/stat.h>
+
+namespace qiro_plugin::utility {
+
+namespace {
+
+// A chatty child cannot exhaust the host's memory: past this the stream is drained and dropped.
+constexpr std::size_t stream_limit = 64 * 1024 * 1024;
+constexpr std::chrono::milliseconds pass_length{100};
+// The counter counts passes of 100, not elapsed time; the child is abandoned after the pass
+// that starts at 30000.
+constexpr std::int32_t pass_step = 100;
+constexpr std::int32_t timeout_counter = 29999;
+
+std::mutex hook_mutex;
+std::shared_ptr<const std::function<void()>> wait_hook;
+
+std::shared_ptr<const std::function<void()>> current_wait_hook() {
+    std::lock_guard lock(hook_mutex);
+    return wait_hook;
+}
+
+// The shell cannot start in a folder that is not there; say so where the author looks for
+// errors, as a command that failed would.
+int report_missing_folder(const utf16_string& a_folder, const std::string& a_path, int a_error,
+                          std::vector<char>& a_std_output, std::vector<char>& a_std_error,
+                          run_command_report* a_report) {
+    std::string shown = a_path;
+    if (shown.empty()) {
+        try {
+            shown = string_encode::WideCharToMultiByteUTF8(a_folder.c_str());
+        } catch (...) {
+            shown.clear();
+        }
+    }
+    const std::string message = "run_command: cannot enter the working folder \"" + shown +
+                                "\": " + std::strerror(a_error) + "\n";
+    a_std_output.clear();
+    a_std_error.assign(message.begin(), message.end());
+    a_std_error.push_back('\0');
+    if (a_report != nullptr) {
+        *a_report = run_command_report{};
+    }
+    return 0;
+}
+
+// The error a chdir into the folder would meet, or 0 when it would succeed.
+int folder_error(const std::string& a_path) {
+    if (a_path.empty()) {
+        return EILSEQ;
+    }
+    struct stat status {};
+    if (::stat(a_path.c_str(), &status) != 0) {
+        return errno;
+    }
+    if (!S_ISDIR(status.st_mode)) {
+        return ENOTDIR;
+    }
+    return ::access(a_path.c_str(), X_OK) == 0 ? 0 : errno;
+}
+
+} // namespace
+
+int run_command(const std::string& a_command_line, const utf16_string& a_working_folder,
+                std::vector<char>& a_std_output, std::vector<char>& a_std_error, bool a_is_timeout,
+                run_command_report* a_report) {
+    std::string folder;
+    if (!a_working_folder.empty()) {
+        folder = string_encode::WideCharToMultiByteFilePath(a_working_folder.c_str());
+        if (const int error = folder_error(folder); error != 0) {
+            return report_missing_folder(a_working_folder, folder, error, a_std_output, a_std_error,
+                                         a_report);
+        }
+    }
+    int std_output_fd = -1;
+    int std_error_fd = -1;
+    auto child = detail::child_process::start(a_command_line, folder, std_output_fd, std_error_fd);
+    if (!child) {
+        return 1;
+    }
+    detail::output_stream std_output(std_output_fd, stream_limit);
+    detail::output_stream std_error(std_error_fd, stream_limit);
+    const auto hook = current_wait_hook();
+
+    std::int32_t counter = 0;
+    while (!std_output.finished() || !std_error.finished()) {
+        // A pass lasts its full length unless both streams end within it.
+        detail::wait_for_streams(std_output, std_error,
+                                 std::chrono::steady_clock::now() + pass_length, true);
+        if (hook && *hook) {
+            (*hook)();
+        }
+        if (a_is_timeout && counter > timeout_counter) {
+            child->terminate(std_output, std_error);
+            return 2;
+        }
+        counter += pass_step;
+    }
+    child->reap_after_end_of_file();
+
+    std_output.terminate_data();
+    std_error.terminate_data();
+    a_std_output = std::move(std_output.result().data);
+    a_std_error = std::move(std_error.result().data);
+    if (a_report != nullptr) {
+        a_report->std_output_cut = std_output.cut();
+        a_report->std_error_cut = std_error.cut();
+    }
+    return 0;
+}
+
+void set_run_command_wait_hook(std::function<void()> a_hook) {
+    auto hook = a_hook ? std::make_shared<const std::function<void()>>(std::move(a_hook))
+                       : std::shared_ptr<const std::function<void()>>();
+    std::lock_guard lock(hook_mutex);
+    wait_hook = std::move(hook);
+}
+
+} // namespace qiro_plugin::utility

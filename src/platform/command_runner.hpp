@@ -1,0 +1,41 @@
+#pragma once
+// Runs one shell command line as a child process and collects both of its output streams.
+
+#include "text/utf16_string.hpp"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace qiro_plugin {
+
+// The collector for one output stream of a child: its bytes and whether it reached end of file.
+struct command_result {
+    std::int32_t finished;
+    std::vector<char> data;
+    command_result();
+};
+
+namespace utility {
+
+// Which streams produced more than the runner keeps (64 MiB each); the rest was read and dropped.
+struct run_command_report {
+    bool std_output_cut = false;
+    bool std_error_cut = false;
+};
+
+// Runs "/bin/sh -c a_command_line" in a_working_folder (empty: the caller's). Results:
+// 0 both streams closed (whatever the exit status), the outputs and the report replaced;
+// 1 set-up failed; 2 time-out after about 30 s when a_is_timeout, child group terminated.
+// On 1 and 2 the outputs and the report are left untouched. 3 is reserved, never returned.
+// A stream that produced bytes ends with one zero byte; an empty stream stays empty.
+int run_command(const std::string& a_command_line, const utf16_string& a_working_folder,
+                std::vector<char>& a_std_output, std::vector<char>& a_std_error, bool a_is_timeout,
+                run_command_report* a_report = nullptr);
+
+// Installs the function called once per 100 ms pass while a command runs; empty removes it.
+void set_run_command_wait_hook(std::function<void()> a_hook);
+
+} // namespace utility
+} // namespace qiro_plugin
