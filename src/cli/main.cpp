@@ -1,0 +1,136 @@
+// qiro-lumen: the debugger's runs from the command line, for terminals and CI.
+
+#include "cli/cli_support.hpp"
+#include "cli/list_bridge_commands.hpp"
+#include "cli/run_commands.hpp"
+#include "cli/settings_commands.hpp"
+#include "debugger/core/localized_texts.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <clocale>
+#include <exception>
+#include <iostream>
+
+namespace {
+
+using namespace qiro_plugin::cli;
+
+const char* const plugin_help =
+    "the plug-in: a path to its file, or a file name in the plug-in folder";
+const char* const folder_help = "the plug-in folder (default: plugin/ beside this program)";
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::setlocale(LC_ALL, "");
+    qiro_plugin::debugger::install_localized_text_provider(
+        qiro_plugin::debugger::language_from_environment());
+
+    CLI::App app{"Runs QIRO Lumen script plug-ins (Perl, Ruby, Python) exactly as the plug-in "
+                 "manager would, and shows what they print.",
+                 "qiro-lumen"};
+    app.require_subcommand(1);
+
+    run_options options;
+
+    auto* run = app.add_subcommand(
+        "run", "Run a plug-in for a written form as the debugger's Run button does.\n"
+               "Exit status: 0 the output parsed as a result document; 1 the plug-in could not "
+               "be run or its output did not parse; 2 bad usage; 3 the run ended with an error.");
+    run->add_option("--plugin-folder", options.plugin_folder, folder_help);
+    run->add_flag("--json", options.json, "print one JSON object instead of the panes");
+    run->add_option("--reading", options.reading, "the reading handed to the plug-in");
+    run->add_option("PLUGIN", options.plugin, plugin_help)->required();
+    run->add_option("WRITTEN_FORM", options.written_form,
+                    "the written form (hyoki): 1 to 100 UTF-16 code units")
+        ->required();
+
+    auto* callback = app.add_subcommand(
+        "callback", "Call a plug-in back as after the user committed one of its candidates.\n"
+                    "The plug-in's .xml must hold <callback>true</callback>. Exit status: 0 ran; "
+                    "1 could not be run; 2 bad usage; 3 the run ended with an error.");
+    callback->add_option("--plugin-folder", options.plugin_folder, folder_help);
+    callback->add_flag("--json", options.json, "print one JSON object instead of the panes");
+    callback->add_option("PLUGIN", options.plugin, plugin_help)->required();
+    callback->add_option("CANDIDATE", options.candidate, "the committed candidate")->required();
+    callback
+        ->add_option("WRITTEN_FORM", options.written_form,
+                     "the written form the candidates were searched for")
+        ->required();
+
+    auto* preference = app.add_subcommand(
+        "preference", "Run a plug-in's preference entry.\n"
+                      "The plug-in's .xml must hold <preference>true</preference>. Exit status "
+                      "as for callback.");
+    preference->add_option("--plugin-folder", options.plugin_folder, folder_help);
+    preference->add_flag("--json", options.json, "print one JSON object instead of the panes");
+    preference->add_option("PLUGIN", options.plugin, plugin_help)->required();
+
+    auto* list = app.add_subcommand("list", "List the plug-in menu: one file name a line.");
+    list->add_option("--plugin-folder", options.plugin_folder, folder_help);
+
+    auto* settings =
+        app.add_subcommand("settings", "Show or change the plug-in manager's settings.");
+    settings->require_subcommand(1);
+    bool settings_json = false;
+    auto* settings_show = settings->add_subcommand("show", "Show the settings a run uses "
+                                                           "(the password only as set or empty).");
+    settings_show->add_flag("--json", settings_json, "print one JSON object");
+    std::vector<std::string> assignments;
+    bool password_stdin = false;
+    auto* settings_set = settings->add_subcommand(
+        "set", "Change settings: KEY=VALUE... with the keys " + settings_key_help() + ".");
+    settings_set->add_option("ASSIGNMENT", assignments, "KEY=VALUE");
+    settings_set->add_flag("--password-stdin", password_stdin,
+                           "read the proxy password from standard input");
+
+    std::string language;
+    auto* bridge =
+        app.add_subcommand("bridge", "Print a language's bridge script, to run it by hand: "
+                                     "INTERPRETER BRIDGE_FILE PLUGIN_PATH METHOD ARGUMENTS...");
+    bridge->add_option("LANGUAGE", language, "perl, ruby or python")
+        ->required()
+        ->check(CLI::IsMember({"perl", "ruby", "python"}));
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& success) {
+        return app.exit(success);
+    } catch (const CLI::ParseError& error) {
+        app.exit(error);
+        return exit_bad_usage;
+    }
+
+    try {
+        if (*run) {
+            return command_run(options);
+        }
+        if (*callback) {
+            return command_callback(options);
+        }
+        if (*preference) {
+            return command_preference(options);
+        }
+        if (*list) {
+            return command_list(options.plugin_folder);
+        }
+        if (*settings_show) {
+            return command_settings_show(settings_json);
+        }
+        if (*settings_set) {
+            if (assignments.empty() && !password_stdin) {
+                print_error("nothing to set: give KEY=VALUE... or --password-stdin");
+                return exit_bad_usage;
+            }
+            return command_settings_set(assignments, password_stdin);
+        }
+        if (*bridge) {
+            return command_bridge(language);
+        }
+    } catch (const std::exception& error) {
+        print_error(std::string("failed: ") + error.what());
+        return exit_run_error;
+    }
+    return exit_bad_usage;
+}

@@ -1,0 +1,97 @@
+#include "cli/report_output.hpp"
+
+#include "cli/cli_support.hpp"
+
+#include <iostream>
+
+namespace qiro_plugin::cli {
+
+namespace {
+
+nlohmann::ordered_json candidates_json(const debugger::run_report& a_report) {
+    auto candidates = nlohmann::ordered_json::array();
+    for (const auto& candidate : a_report.candidates) {
+        nlohmann::ordered_json item;
+        item["title"] = to_utf8(candidate.title);
+        item["comment"] = to_utf8(candidate.comment);
+        item["alternative"] = to_utf8(candidate.alternative);
+        item["alternative_alias"] = to_utf8(candidate.alternative_alias);
+        item["alternative_type"] = to_utf8(candidate.alternative_type);
+        item["info"] = to_utf8(candidate.info);
+        candidates.push_back(std::move(item));
+    }
+    return candidates;
+}
+
+} // namespace
+
+nlohmann::ordered_json report_json(const report_context& a_context,
+                                   const debugger::run_report& a_report,
+                                   const debugger::pane_text_sink& a_panes) {
+    nlohmann::ordered_json json;
+    json["plugin_folder"] = to_utf8(a_context.plugin.first);
+    json["plugin_file"] = to_utf8(a_context.plugin.second);
+    if (a_context.candidate != nullptr) {
+        json["candidate"] = *a_context.candidate;
+    }
+    if (a_context.written_form != nullptr) {
+        json["written_form"] = *a_context.written_form;
+    }
+    json["module_type"] = a_report.module_type
+                              ? nlohmann::ordered_json(to_utf8(*a_report.module_type))
+                              : nlohmann::ordered_json(nullptr);
+    json["load_error"] = to_utf8(a_report.load_error);
+    json["stdout_pane"] = to_utf8(a_panes.std_output_text());
+    json["stderr_pane"] = to_utf8(a_panes.std_error_output_text());
+    json["run_stdout"] = a_report.run_std_output;
+    json["run_stderr"] = a_report.run_std_error;
+    if (a_context.with_candidates) {
+        json["document_parsed"] = a_report.document_parsed;
+        json["candidates"] = candidates_json(a_report);
+        json["return_type"] = a_report.return_type ? nlohmann::ordered_json(*a_report.return_type)
+                                                   : nlohmann::ordered_json(nullptr);
+        json["candidate_list"] =
+            a_report.return_type && *a_report.return_type == 0 ? a_report.candidate_list : "";
+    }
+    json["timings_ms"] = {{"syntax_check", a_report.syntax_check_ms},
+                          {"run", a_report.run_ms},
+                          {"total", a_report.total_ms}};
+    json["error"] = a_report.error;
+    return json;
+}
+
+void print_json(std::ostream& a_out, const nlohmann::ordered_json& a_json) {
+    a_out << a_json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+void print_panes(const debugger::pane_text_sink& a_panes) {
+    std::cout << to_utf8(a_panes.std_output_text());
+    std::cout.flush();
+    std::cerr << to_utf8(a_panes.std_error_output_text());
+    std::cerr.flush();
+}
+
+void print_candidates(std::ostream& a_out, const debugger::run_report& a_report) {
+    if (!a_report.document_parsed) {
+        a_out << "-- the run's output is not a result document: no candidates\n";
+        return;
+    }
+    a_out << "-- " << a_report.candidates.size()
+          << (a_report.candidates.size() == 1 ? " candidate\n" : " candidates\n");
+    std::size_t number = 0;
+    for (const auto& candidate : a_report.candidates) {
+        a_out << ++number << ". " << to_utf8(candidate.title) << '\n';
+        const auto field = [&a_out](const char* a_name, const utf16_string& a_value) {
+            if (!a_value.empty()) {
+                a_out << "   " << a_name << ": " << to_utf8(a_value) << '\n';
+            }
+        };
+        field("comment", candidate.comment);
+        field("alternative", candidate.alternative);
+        field("alternative_alias", candidate.alternative_alias);
+        field("alternative_type", candidate.alternative_type);
+        field("info", candidate.info);
+    }
+}
+
+} // namespace qiro_plugin::cli

@@ -1,0 +1,21 @@
+#pragma once
+// The three plug-in entries from the command line: run, callback, preference.
+
+#include <string>
+
+namespace qiro_plugin::cli {
+
+struct run_options {
+    std::string plugin;
+    std::string plugin_folder;
+    std::string written_form;
+    std::string reading;
+    std::string candidate;
+    bool json = false;
+};
+
+int command_run(const run_options& a_options);
+int command_callback(const run_options& a_options);
+int command_preference(const run_options& a_options);
+
+} // namespace qiro_plugin::cli

@@ -1,0 +1,39 @@
+#pragma once
+// The one table of user-visible texts of both front ends, in English and Japanese, by key.
+
+#include "text/utf16_string.hpp"
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace qiro_plugin::debugger {
+
+inline constexpr const char* ALERT_RELOAD_ERROR = "AlertReloadError";
+inline constexpr const char* ALERT_EMPTY_HYOKI = "AlertEmptyHyoki";
+inline constexpr const char* ALERT_TOO_LONG_HYOKI = "AlertTooLongHyoki";
+inline constexpr const char* ALERT_RUN_DEBUG_ERROR = "AlertRunDebugError";
+
+enum class text_language { english, japanese };
+
+// One key with its texts, UTF-8.
+struct localized_text_entry {
+    std::string_view key;
+    std::string_view english;
+    std::string_view japanese;
+};
+
+// Every key a front end must be able to answer, in a fixed order (the Qt window generates its
+// translation sources from it).
+std::span<const localized_text_entry> localized_text_table();
+
+// The text of the key in the language; empty for an unknown key.
+utf16_string localized_text(std::string_view a_key, text_language a_language);
+
+// Japanese when the locale variables (LC_ALL, then LC_MESSAGES, then LANG) name it, else English.
+text_language language_from_environment();
+
+// Installs the table as the process-wide lookup behind utility::localized_string.
+void install_localized_text_provider(text_language a_language);
+
+} // namespace qiro_plugin::debugger

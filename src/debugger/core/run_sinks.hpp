@@ -1,0 +1,40 @@
+#pragma once
+// What a front end gives the run logic: the two output panes, the busy indicator and alerts.
+
+#include "text/utf16_string.hpp"
+
+#include <string>
+
+namespace qiro_plugin::debugger {
+
+// The standard-output and standard-error panes and the busy indicator of one window.
+class run_output_sink {
+public:
+    run_output_sink() = default;
+    run_output_sink(const run_output_sink&) = delete;
+    run_output_sink& operator=(const run_output_sink&) = delete;
+    virtual ~run_output_sink() = default;
+
+    // Each appends the text followed by CR LF at the end of its pane.
+    virtual void add_std_output_text(const utf16_string& a_text) = 0;
+    virtual void add_std_error_output_text(const utf16_string& a_text) = 0;
+    // Each replaces its pane's whole content by the empty text.
+    virtual void clear_std_output_text() = 0;
+    virtual void clear_std_error_output_text() = 0;
+    // The busy indicator: it keeps moving while a run blocks the calling thread.
+    virtual void start_progress() = 0;
+    virtual void stop_progress() = 0;
+};
+
+// Modal alerts, named by the key of their localized title.
+class alert_sink {
+public:
+    alert_sink() = default;
+    alert_sink(const alert_sink&) = delete;
+    alert_sink& operator=(const alert_sink&) = delete;
+    virtual ~alert_sink() = default;
+
+    virtual void show_alert(const std::string& a_key) = 0;
+};
+
+} // namespace qiro_plugin::debugger

@@ -1,0 +1,24 @@
+#pragma once
+// Turning a plug-in file into a loaded, syntax-checked instance by trying each language.
+
+#include "debugger/core/run_sinks.hpp"
+#include "runtime/abstract_plugin_instance.hpp"
+
+#include <memory>
+
+namespace qiro_plugin::debugger {
+
+// What the attempts left behind, for reports.
+struct instance_attempt_report {
+    utf16_string load_error;      // the first load error text an attempt recorded
+    double syntax_check_ms = 0.0; // time spent in syntax checks, all languages together
+};
+
+// For Perl, Ruby, Python in turn: an instance that loads is syntax-checked, the check's
+// outputs go to the panes, and the first that passes is returned; none gives an empty handle.
+// Exceptions of construction and of the check reach the caller.
+std::shared_ptr<abstract_qiro_plugin_instance>
+get_script_instance_path(const utf16_string& a_folder, const utf16_string& a_file_name,
+                         run_output_sink& a_sink, instance_attempt_report* a_report = nullptr);
+
+} // namespace qiro_plugin::debugger

@@ -1,0 +1,48 @@
+#include "debugger/core/localized_texts.hpp"
+#include "platform/localized_string.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <set>
+
+namespace qiro_plugin::debugger {
+namespace {
+
+TEST(localized_texts, every_key_has_both_texts_and_reaches_the_process_wide_lookup) {
+    std::set<std::string_view> keys;
+    for (const auto& entry : localized_text_table()) {
+        EXPECT_TRUE(keys.insert(entry.key).second) << entry.key;
+        EXPECT_FALSE(entry.english.empty()) << entry.key;
+        EXPECT_FALSE(entry.japanese.empty()) << entry.key;
+        EXPECT_NE(localized_text(entry.key, text_language::english),
+                  localized_text(entry.key, text_language::japanese));
+    }
+    for (const char* key : {ALERT_RELOAD_ERROR, ALERT_EMPTY_HYOKI, ALERT_TOO_LONG_HYOKI,
+                            ALERT_RUN_DEBUG_ERROR, "keyDeleteX"}) {
+        EXPECT_EQ(keys.count(key), 1U) << key;
+    }
+    EXPECT_TRUE(localized_text("NoSuchKey", text_language::english).empty());
+
+    install_localized_text_provider(text_language::japanese);
+    EXPECT_EQ(utility::localized_string(ALERT_EMPTY_HYOKI),
+              localized_text(ALERT_EMPTY_HYOKI, text_language::japanese));
+    EXPECT_TRUE(utility::localized_string("NoSuchKey").empty());
+    utility::set_localized_string_provider({});
+}
+
+TEST(localized_texts, language_follows_the_locale_variables_in_order) {
+    setenv("LC_ALL", "", 1);
+    setenv("LC_MESSAGES", "ja_JP.UTF-8", 1);
+    setenv("LANG", "en_US.UTF-8", 1);
+    EXPECT_EQ(language_from_environment(), text_language::japanese);
+    setenv("LC_ALL", "C.UTF-8", 1);
+    EXPECT_EQ(language_from_environment(), text_language::english);
+    unsetenv("LC_ALL");
+    unsetenv("LC_MESSAGES");
+    unsetenv("LANG");
+    EXPECT_EQ(language_from_environment(), text_language::english);
+}
+
+} // namespace
+} // namespace qiro_plugin::debugger
