@@ -182,4 +182,16 @@ utf16_string convert_integer_to_string(std::int32_t a_value) {
     return string_encode::MultiByteUTF8ToWideChar(std::to_string(a_value).c_str());
 }
 
+utf16_string cut_code_units(const utf16_string& a_text, std::size_t a_limit) {
+    if (a_text.size() <= a_limit) {
+        return a_text;
+    }
+    std::size_t length = a_limit;
+    if (length > 0 && a_text[length - 1] >= 0xD800 && a_text[length - 1] <= 0xDBFF &&
+        a_text[length] >= 0xDC00 && a_text[length] <= 0xDFFF) {
+        --length;
+    }
+    return a_text.substr(0, length);
+}
+
 } // namespace qiro_plugin::utility

@@ -32,5 +32,8 @@ utf16_string toupper_string(const utf16_string& a_text);
 std::string toupper_string(const std::string& a_text);
 bool is_same_extensions(const utf16_string& a_first, const utf16_string& a_second);
 utf16_string convert_integer_to_string(std::int32_t a_value);
+// The first a_limit code units, one fewer when the cut would split a surrogate pair, so that
+// a limit never turns a character outside the BMP into text no encoder accepts.
+utf16_string cut_code_units(const utf16_string& a_text, std::size_t a_limit);
 
 } // namespace qiro_plugin::utility

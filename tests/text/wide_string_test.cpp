@@ -79,3 +79,15 @@ TEST(case_and_numbers, upper_case_and_decimal_forms) {
     EXPECT_EQ(convert_integer_to_string(0), u"0");
     EXPECT_EQ(convert_integer_to_string(4096), u"4096");
 }
+
+TEST(cut_code_units, never_splits_a_surrogate_pair) {
+    const utf16_string face = u"\U0001F600";
+    EXPECT_EQ(cut_code_units(u"abc", 5), u"abc");
+    EXPECT_EQ(cut_code_units(u"abc", 2), u"ab");
+    EXPECT_EQ(cut_code_units(u"a" + face, 2), u"a");
+    EXPECT_EQ(cut_code_units(u"a" + face, 3), u"a" + face);
+    EXPECT_EQ(cut_code_units(face + u"b", 2), face);
+    EXPECT_EQ(cut_code_units(face, 0), u"");
+    const char16_t lone_high[] = {u'a', 0xD800, u'b', 0};
+    EXPECT_EQ(cut_code_units(lone_high, 2), utf16_string(lone_high, 2));
+}

@@ -108,7 +108,7 @@ private slots:
         QVERIFY(!run_button()->isEnabled());
         QCOMPARE(m_alerts, QStringList{localized("AlertReloadError")});
 
-        add_sample(QStringLiteral("sample_python.py"), QStringLiteral("b.py"));
+        add_sample(QStringLiteral("sample_python.py"), QStringLiteral("sample_python.py"));
         m_alerts.clear();
         controller().reload();
         QCOMPARE(menu()->count(), 1);
@@ -123,23 +123,23 @@ private slots:
         QCOMPARE(menu()->count(), 2);
         QCOMPARE(menu()->itemText(0), QStringLiteral("a.rb"));
         QTest::keyClick(menu(), Qt::Key_Down); // the user picks b.py
-        QCOMPARE(menu()->currentText(), QStringLiteral("b.py"));
+        QCOMPARE(menu()->currentText(), QStringLiteral("sample_python.py"));
 
         add_sample(QStringLiteral("sample_perl.pl"), QStringLiteral("0.pl"));
         controller().reload();
         QCOMPARE(menu()->count(), 3);
-        QCOMPARE(menu()->currentText(), QStringLiteral("b.py"));
+        QCOMPARE(menu()->currentText(), QStringLiteral("sample_python.py"));
         QCOMPARE(controller().menu_model().selected_index().value_or(99), std::size_t{2});
 
         remove_plugin(QStringLiteral("0.pl"));
-        remove_plugin(QStringLiteral("b.py"));
+        remove_plugin(QStringLiteral("sample_python.py"));
         controller().reload();
         QCOMPARE(menu()->currentIndex(), 0);
         QCOMPARE(menu()->currentText(), QStringLiteral("a.rb"));
-        add_sample(QStringLiteral("sample_python.py"), QStringLiteral("b.py"));
+        add_sample(QStringLiteral("sample_python.py"), QStringLiteral("sample_python.py"));
         controller().reload();
         QTest::keyClick(menu(), Qt::Key_Down);
-        QCOMPARE(menu()->currentText(), QStringLiteral("b.py"));
+        QCOMPARE(menu()->currentText(), QStringLiteral("sample_python.py"));
         QVERIFY(m_alerts.isEmpty());
     }
 
@@ -182,7 +182,10 @@ private slots:
         const QString text = std_output()->toPlainText();
         QVERIFY2(text.startsWith(QStringLiteral("syntax ok\n<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n\n<itemlist>\n")),
                  qPrintable(text));
-        QVERIFY2(text.endsWith(QStringLiteral("</itemlist>\n")), qPrintable(text.right(40)));
+        // The document's own last line break, then the one of the append.
+        QVERIFY2(text.endsWith(QStringLiteral("</itemlist>\n\n")) &&
+                     !text.endsWith(QStringLiteral("\n\n\n")),
+                 qPrintable(text.right(40)));
         QVERIFY(text.contains(QStringLiteral("<title>変換</title>")));
         // Each of the four appends (two per command) ends in one line break; an empty
         // standard error still gets its own.

@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Takes docs/screenshot.png: the real window under Xvfb after a run of the Python sample.
+# Needs a build (./test.sh or ./run.sh) first.
+set -euo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+export PATH="/usr/bin:/bin:$PATH"
+mkdir -p "$root/docs"
+QIRO_SCREENSHOT="$root/docs/screenshot.png" QT_QPA_PLATFORM=xcb LANG=C.UTF-8 \
+    xvfb-run -a -s "-screen 0 1280x1024x24" "$root/build/bin/debugger_window_tests"
+echo "screenshot: $root/docs/screenshot.png"
