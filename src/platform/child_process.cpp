@@ -107,8 +107,8 @@ struct spawn_setup {
 int open_exit_fd(pid_t a_pid) {
 #ifdef SYS_pidfd_open
     const long fd = ::syscall(SYS_pidfd_open, a_pid, 0);
+    // A pidfd is always close-on-exec, so no other thread's child inherits it.
     if (fd >= 0) {
-        ::fcntl(static_cast<int>(fd), F_SETFD, FD_CLOEXEC);
         return static_cast<int>(fd);
     }
 #endif
