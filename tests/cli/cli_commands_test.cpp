@@ -1,0 +1,158 @@
+#include "cli_process.hpp"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <fstream>
+
+namespace qiro_plugin::cli::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using json = nlohmann::json;
+
+class cli_commands : public ::testing::Test {
+protected:
+    std::string folder() const { return sandbox.plugins().string(); }
+    cli_sandbox sandbox;
+};
+
+TEST_F(cli_commands, callback_and_preference_run_only_when_the_plugin_offers_them) {
+    auto result =
+        sandbox.run({"callback", "--plugin-folder", folder(), "with_entries.rb", "候補", "こうほ"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "syntax ok\r\ncalled back: 候補 for こうほ\n\r\n");
+
+    result = sandbox.run(
+        {"callback", "--json", "--plugin-folder", folder(), "with_entries.rb", "候補", "こうほ"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const auto report = json::parse(result.out);
+    EXPECT_EQ(report["candidate"], "候補");
+    EXPECT_EQ(report["run_stdout"], "called back: 候補 for こうほ\n");
+    EXPECT_FALSE(report.contains("candidates"));
+
+    result = sandbox.run({"preference", "--plugin-folder", folder(), "with_entries.rb"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const auto settings_folder =
+        sandbox.home() / "Library" / "Preferences" / "QIRO Lumen" / "with entries";
+    EXPECT_NE(result.err.find("settings folder: " + settings_folder.string() + "/"),
+              std::string::npos)
+        << result.err;
+    EXPECT_TRUE(fs::is_directory(settings_folder));
+
+    result = sandbox.run({"callback", "--plugin-folder", folder(), "echo_request.py", "a", "b"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("echo_request.py offers no callback"), std::string::npos);
+    EXPECT_NE(result.err.find("<callback>true</callback>"), std::string::npos) << result.err;
+
+    result = sandbox.run({"preference", "--plugin-folder", folder(), "echo_request.pl"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("<preference>true</preference>"), std::string::npos) << result.err;
+
+    result = sandbox.run(
+        {"callback", "--plugin-folder", folder(), "with_entries.rb", std::string(201, 'c'), "b"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.err.find("longer than 200"), std::string::npos);
+}
+
+TEST_F(cli_commands, list_shows_the_menu_in_its_order) {
+    std::ofstream(sandbox.plugins() / "Zeta.PY") << "";
+    std::ofstream(sandbox.plugins() / "alpha.rb") << "";
+    auto result = sandbox.run({"list", "--plugin-folder", folder()});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "alpha.rb\necho_request.pl\necho_request.py\necho_request.rb\n"
+                          "no_candidates.pl\nnoisy_output.rb\nraises_error.py\nwith_entries.rb\n"
+                          "Zeta.PY\n");
+
+    const auto empty = sandbox.root() / "empty";
+    fs::create_directory(empty);
+    result = sandbox.run({"list", "--plugin-folder", empty.string()});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find("No plug-in file (.pl, .py or .rb) was found"), std::string::npos);
+
+    // Without the option: the folder beside the program, which holds the samples.
+    result = sandbox.run({"list"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "sample_perl.pl\nsample_python.py\nsample_ruby.rb\n");
+}
+
+TEST_F(cli_commands, settings_show_and_set_round_trip_without_revealing_the_password) {
+    auto result = sandbox.run({"settings", "show", "--json"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    auto shown = json::parse(result.out);
+    EXPECT_EQ(shown["automatically_displayed_candidate"], true);
+    EXPECT_EQ(shown["key_plugin_candidate_change"], 265);
+    EXPECT_EQ(shown["enable_proxy"], false);
+    EXPECT_EQ(shown["proxy_password"], "empty");
+    EXPECT_EQ(shown.size(), 13U);
+
+    result = sandbox.run({"settings", "set", "key_1_plugin_name=辞書", "proxy_port=3128",
+                          "automatically_displayed_candidate=false"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(fs::exists(sandbox.home() / "Library" / "Preferences" /
+                           "org.qiro.Qiro22.PluginManager.plist"));
+    result = sandbox.run({"settings", "show"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(result.out.find("key_1_plugin_name = 辞書\n"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("proxy_port = 3128\n"), std::string::npos);
+    EXPECT_NE(result.out.find("automatically_displayed_candidate = false\n"), std::string::npos);
+    EXPECT_NE(result.out.find("proxy_password = (empty)\n"), std::string::npos);
+
+    for (const auto& bad : {"proxy_port=eighty", "enable_proxy=maybe", "no_such_key=1",
+                            "proxy_password=x", "missing-equals"}) {
+        result = sandbox.run({"settings", "set", bad});
+        EXPECT_EQ(result.status, 2) << bad;
+        EXPECT_FALSE(result.err.empty()) << bad;
+    }
+    result = sandbox.run({"settings", "show", "--json"});
+    EXPECT_EQ(json::parse(result.out)["proxy_port"], 3128) << "a refused change writes nothing";
+
+    // No Secret Service in the sandbox: the password cannot be kept, and the command says so.
+    result = sandbox.run({"settings", "set", "proxy_username=u", "--password-stdin"}, "pw\n");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("keyring"), std::string::npos) << result.err;
+}
+
+TEST_F(cli_commands, bridge_prints_a_script_the_interpreter_runs_by_hand) {
+    for (const auto& [language, interpreter] :
+         {std::pair{"perl", "/usr/bin/perl"}, std::pair{"ruby", "/usr/bin/ruby"},
+          std::pair{"python", "/usr/bin/python3"}}) {
+        auto result = sandbox.run({"bridge", language});
+        ASSERT_EQ(result.status, 0) << language;
+        const auto file = sandbox.root() / (std::string("bridge.") + language);
+        std::ofstream(file, std::ios::binary) << result.out;
+        result =
+            run_process({interpreter, file.string(), "x", "syntax_check"}, sandbox.environment);
+        EXPECT_EQ(result.out, "syntax ok") << language << result.err;
+    }
+    const auto result = sandbox.run({"bridge", "tcl"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.err.find("tcl"), std::string::npos);
+}
+
+TEST_F(cli_commands, help_for_every_command_and_usage_errors) {
+    for (const auto& command : {std::vector<std::string>{"--help"},
+                                {"run", "--help"},
+                                {"callback", "--help"},
+                                {"preference", "--help"},
+                                {"list", "--help"},
+                                {"settings", "--help"},
+                                {"settings", "set", "--help"},
+                                {"bridge", "--help"}}) {
+        const auto result = sandbox.run(command);
+        EXPECT_EQ(result.status, 0) << command.front();
+        EXPECT_NE(result.out.find("Usage:"), std::string::npos) << command.front();
+    }
+    auto result = sandbox.run({});
+    EXPECT_EQ(result.status, 2);
+    result = sandbox.run({"frobnicate"});
+    EXPECT_EQ(result.status, 2);
+    result = sandbox.run({"settings", "set"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.err.find("KEY=VALUE"), std::string::npos);
+}
+
+} // namespace
+} // namespace qiro_plugin::cli::testing

@@ -1,0 +1,48 @@
+#pragma once
+// Runs the built qiro-lumen as a child process in a private home and collects what it wrote.
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace qiro_plugin::cli::testing {
+
+struct process_result {
+    int status = -1; // exit status, or -1 when the process did not exit normally
+    std::string out;
+    std::string err;
+};
+
+// Runs a program with exactly the given environment, feeding a_input to its standard input.
+process_result run_process(const std::vector<std::string>& a_arguments,
+                           const std::map<std::string, std::string>& a_environment,
+                           const std::string& a_input = {});
+
+// A fresh home, machine preferences folder and plug-in folder (a copy of the fixtures), all
+// removed at the end; every qiro-lumen started through it sees only these.
+class cli_sandbox {
+public:
+    cli_sandbox();
+    ~cli_sandbox();
+    cli_sandbox(const cli_sandbox&) = delete;
+    cli_sandbox& operator=(const cli_sandbox&) = delete;
+
+    const std::filesystem::path& root() const { return m_root; }
+    std::filesystem::path home() const { return m_root / "home"; }
+    std::filesystem::path plugins() const { return m_root / "plugins"; }
+
+    // qiro-lumen with these arguments.
+    process_result run(const std::vector<std::string>& a_arguments,
+                       const std::string& a_input = {}) const;
+
+    std::map<std::string, std::string> environment;
+
+private:
+    std::filesystem::path m_root;
+};
+
+// The path of the built program.
+std::string qiro_lumen_path();
+
+} // namespace qiro_plugin::cli::testing
