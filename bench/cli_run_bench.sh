@@ -1,0 +1,95 @@
+#!/usr/bin/env bash
+# Whole-process cost of "qiro-lumen run" on each sample plug-in against its floor: the same
+# interpreter running the decoded bridge twice (syntax check, then the run) with the same
+# arguments, started directly. Prints medians in milliseconds.
+# Usage: bench/cli_run_bench.sh [BUILD_DIR] [RUNS]
+set -euo pipefail
+
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+build_dir="${1:-$root/build}"
+runs="${2:-30}"
+warmup=3
+bin="$build_dir/bin"
+qiro_lumen="$bin/qiro-lumen"
+plugins="$bin/plugin"
+written_form="変換"
+
+if [[ ! -x "$qiro_lumen" || ! -d "$plugins" ]]; then
+    echo "cli_run_bench: build qiro-lumen first (no $qiro_lumen or $plugins)" >&2
+    exit 2
+fi
+
+# System interpreters only: a version manager's shims would add their own start-up.
+export PATH="/usr/bin:/bin"
+export LC_ALL=C.UTF-8
+scratch="$(mktemp -d)"
+trap 'rm -rf "$scratch"' EXIT
+export HOME="$scratch/home"
+export QIRO_MACHINE_PREFERENCES_DIR="$scratch/machine"
+mkdir -p "$HOME" "$QIRO_MACHINE_PREFERENCES_DIR"
+data_folder="$HOME/Library/Preferences/QIRO Lumen"
+
+# The host's URL encoding: every byte but ".", "_" and "-" escaped, a blank as "+".
+url_encode() {
+    perl -e 'print join "", map { /[._-]/ ? $_ : $_ eq " " ? "+" : sprintf("%%%02X", ord) }
+             split //, $ARGV[0]' -- "$1"
+}
+
+now_ns() { date +%s%N; }
+
+# Median of the numbers on standard input (nanoseconds), printed in milliseconds.
+median_ms() {
+    sort -n | awk '{ v[NR] = $1 } END {
+        m = (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2
+        printf "%.1f", m / 1e6 }'
+}
+
+# Runs "$@" warmup + runs times and prints the median wall time.
+measure() {
+    local i start samples=()
+    for ((i = 0; i < warmup; ++i)); do "$@" >/dev/null 2>&1 || true; done
+    for ((i = 0; i < runs; ++i)); do
+        start=$(now_ns)
+        "$@" >/dev/null 2>&1 || true
+        samples+=($(($(now_ns) - start)))
+    done
+    printf '%s\n' "${samples[@]}" | median_ms
+}
+
+# The floor's two commands, as the runtime builds them, in the data folder.
+floor_run() {
+    local interpreter="$1" bridge="$2" plugin="$3"
+    shift 3
+    (cd "$data_folder" &&
+        "$interpreter" "$bridge" "$plugin" syntax_check &&
+        "$interpreter" "$bridge" "$plugin" run_process "$@")
+}
+
+"$qiro_lumen" run --plugin-folder "$plugins" sample_perl.pl "$written_form" >/dev/null # makes the data folder
+
+printf '%-18s %10s %14s %10s\n' "plug-in" "floor ms" "qiro-lumen ms" "overhead"
+status=0
+for sample in sample_perl.pl sample_ruby.rb sample_python.py; do
+    case "$sample" in
+    *.pl) language=perl interpreter=perl ;;
+    *.rb) language=ruby interpreter=ruby ;;
+    *.py) language=python interpreter=python ;;
+    esac
+    bridge="$scratch/bridge-$language"
+    "$qiro_lumen" bridge "$language" >"$bridge"
+    arguments=("$(url_encode "$written_form")" "" "" 0 "" "")
+    xml="$plugins/${sample%.*}.xml"
+    if grep -q '<preference>true</preference>' "$xml" 2>/dev/null; then
+        # A plug-in with a preference screen also gets its settings folder, named after it.
+        name="$(sed -n 's:.*<name>\(.*\)</name>.*:\1:p' "$xml" | head -n 1)"
+        arguments+=("$(url_encode "$data_folder/$name/")")
+    fi
+    floor=$(measure floor_run "$interpreter" "$bridge" "$(url_encode "$plugins/$sample")" \
+        "${arguments[@]}")
+    full=$(measure "$qiro_lumen" run --plugin-folder "$plugins" "$sample" "$written_form")
+    overhead=$(awk -v a="$full" -v b="$floor" 'BEGIN { printf "%.1f", a - b }')
+    printf '%-18s %10s %14s %10s\n' "$sample" "$floor" "$full" "$overhead"
+    if awk -v o="$overhead" 'BEGIN { exit !(o > 10) }'; then status=1; fi
+done
+echo "goal: overhead at most 10 ms per language (median of $runs runs, $warmup warm-up)"
+exit $status
