@@ -1,5 +1,6 @@
 #include "xml/script_load.hpp"
 
+#include "text/wide_string.hpp"
 #include "xml/xml_access_utility.hpp"
 
 #include <cstddef>
@@ -33,11 +34,8 @@ struct script_load::impl {
         if (!element) {
             return {};
         }
-        auto text = m_xml_access.get_node_text(*element);
-        if (text.size() > a_limit) {
-            text.resize(a_limit);
-        }
-        return text;
+        // A cut inside a surrogate pair would leave text no encoder accepts.
+        return qiro_plugin::utility::cut_code_units(m_xml_access.get_node_text(*element), a_limit);
     }
 
     candidate_data read_item(const xml_element& a_item) const {
@@ -48,10 +46,8 @@ struct script_load::impl {
             for (const auto* type : {&k_definite_string, &k_url_jump_string}) {
                 if (m_xml_access.check_node_attribute(*alternative, u"type", *type)) {
                     candidate.alternative_type = *type;
-                    candidate.alternative = m_xml_access.get_node_text(*alternative);
-                    if (candidate.alternative.size() > k_alternative_limit) {
-                        candidate.alternative.resize(k_alternative_limit);
-                    }
+                    candidate.alternative = qiro_plugin::utility::cut_code_units(
+                        m_xml_access.get_node_text(*alternative), k_alternative_limit);
                     break;
                 }
             }

@@ -1,6 +1,7 @@
 #include "xml/script_preference.hpp"
 
 #include "text/utf8_codec.hpp"
+#include "text/wide_string.hpp"
 #include "xml/xml_access_utility.hpp"
 
 #include <cerrno>
@@ -52,11 +53,8 @@ struct script_preference::impl {
         if (!element) {
             return {};
         }
-        auto text = m_xml_access.get_node_text(*element);
-        if (text.size() > a_limit) {
-            text.resize(a_limit);
-        }
-        return text;
+        // A cut inside a surrogate pair would leave text no encoder accepts.
+        return qiro_plugin::utility::cut_code_units(m_xml_access.get_node_text(*element), a_limit);
     }
 
     std::uint32_t version_field(const xml_element& a_root,
