@@ -109,14 +109,18 @@ TEST_F(cli_run, each_language_runs_by_path_or_name_with_the_reading) {
     const std::string comment = report["candidates"][0]["comment"];
     EXPECT_NE(comment.find("line one<br />reading=よみ"), std::string::npos) << comment;
 
-    // A bare file name outside the plug-in folder is found in the current folder's stead only
-    // when the folder lacks it; here the folder has it.
     result = run_json("echo_request.pl", "x", {"--reading", ""});
     ASSERT_EQ(result.status, 0) << result.err;
     report = parse_json(result);
     EXPECT_EQ(report["module_type"], "Perl");
     EXPECT_EQ(report["candidates"][0]["comment"], "port=0");
     EXPECT_EQ(report["candidates"][0]["alternative"], "");
+
+    // The extension is matched without case; the file is still loaded from its exact path.
+    fs::copy_file(sandbox.plugins() / "echo_request.py", sandbox.plugins() / "Upper.PY");
+    result = run_json("Upper.PY", "u");
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(parse_json(result)["module_type"], "Python");
 
     // Without --json: the panes on their streams, then the candidates one under another.
     result = sandbox.run(
