@@ -15,7 +15,7 @@ packages=(
     libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     perl ruby python3 python-is-python3
-    dbus dbus-x11 gnome-keyring xvfb xauth
+    dbus dbus-x11 gnome-keyring xvfb xauth fonts-ipafont-gothic
 )
 
 missing=()

@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFontDatabase>
 #include <QMainWindow>
 #include <QTextCursor>
 
@@ -102,9 +103,14 @@ void ui_controller::awake_from_nib() {
     notice_palette.setColor(QPalette::Base, m_self_window->palette().color(QPalette::Window));
     m_warning_text_view->setPalette(notice_palette);
 
-    m_std_output_text_view->setReadOnly(true);
+    // Interpreter output reads best as the terminal shows it: fixed pitch, tabs four wide.
+    const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    for (QPlainTextEdit* pane : {m_std_output_text_view, m_std_error_output_text_view}) {
+        pane->setReadOnly(true);
+        pane->setFont(fixed);
+        pane->setTabStopDistance(QFontMetricsF(fixed).horizontalAdvance(QLatin1Char(' ')) * 4);
+    }
     clear_std_output_text();
-    m_std_error_output_text_view->setReadOnly(true);
     clear_std_error_output_text();
 
     QSizePolicy keep_place = m_progress->sizePolicy();
