@@ -45,6 +45,18 @@ TEST_F(bad_plugin, vanished_file_runs_nothing_and_keeps_the_previous_outputs) {
     EXPECT_TRUE(bridge_files().empty());
 }
 
+TEST_F(bad_plugin, written_form_that_is_not_valid_text_is_refused_before_running) {
+    const auto instance = checked("echo_request.py");
+    qiro_plugin_request request{};
+    const utf16_string lone_surrogate = {u'a', char16_t{0xD800}, u'b'};
+    set_record_text(request.composition_string, request.composition_string_length, lone_surrogate);
+    const auto message = instance->alloc_qiro_plugin_message(nullptr, 0);
+    EXPECT_THROW(instance->run_processing(message, request, {}), std::runtime_error);
+    EXPECT_FALSE(std::filesystem::exists(m_echo_file));
+    EXPECT_EQ(instance->get_last_std_output_string(), "syntax ok");
+    EXPECT_TRUE(bridge_files().empty());
+}
+
 TEST_F(bad_plugin, unparsable_outputs_add_no_candidates_and_are_kept_raw) {
     const auto garbage = checked("prints_garbage.py");
     EXPECT_EQ(run_count_candidates(*garbage), 0U);
