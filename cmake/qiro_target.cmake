@@ -47,15 +47,30 @@ function(qiro_test a_name)
         set(ARG_TIMEOUT 120)
     endif()
     if(ARG_SLOW)
-        gtest_discover_tests(${a_name} TEST_FILTER "-${ARG_SLOW}"
-            PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${ARG_ENV}"
-            DISCOVERY_TIMEOUT 60)
-        gtest_discover_tests(${a_name} TEST_FILTER "${ARG_SLOW}"
-            PROPERTIES LABELS "slow" TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${ARG_ENV}"
-            DISCOVERY_TIMEOUT 60)
+        gtest_discover_tests(${a_name} TEST_FILTER "-${ARG_SLOW}" TEST_LIST ${a_name}_TESTS
+            PROPERTIES TIMEOUT ${ARG_TIMEOUT} DISCOVERY_TIMEOUT 60)
+        gtest_discover_tests(${a_name} TEST_FILTER "${ARG_SLOW}" TEST_LIST ${a_name}_SLOW_TESTS
+            PROPERTIES TIMEOUT ${ARG_TIMEOUT} DISCOVERY_TIMEOUT 60)
+        qiro_test_properties(${a_name}_SLOW_TESTS "slow" "${ARG_ENV}")
     else()
-        gtest_discover_tests(${a_name}
-            PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${ARG_ENV}"
-            DISCOVERY_TIMEOUT 60)
+        gtest_discover_tests(${a_name} TEST_LIST ${a_name}_TESTS
+            PROPERTIES TIMEOUT ${ARG_TIMEOUT} DISCOVERY_TIMEOUT 60)
     endif()
+    qiro_test_properties(${a_name}_TESTS "${ARG_LABELS}" "${ARG_ENV}")
+endfunction()
+
+# Discovery passes its PROPERTIES on as one flat list, so a second label or environment
+# entry would be read as a property name; list-valued properties are set once the
+# discovered tests are known instead.
+function(qiro_test_properties a_list a_labels a_environment)
+    set(script ${CMAKE_CURRENT_BINARY_DIR}/${a_list}_properties.cmake)
+    file(WRITE ${script}
+         "if(${a_list})\n"
+         "    set_tests_properties(\${${a_list}} PROPERTIES LABELS \"${a_labels}\")\n")
+    if(a_environment)
+        file(APPEND ${script}
+             "    set_tests_properties(\${${a_list}} PROPERTIES ENVIRONMENT \"${a_environment}\")\n")
+    endif()
+    file(APPEND ${script} "endif()\n")
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${script})
 endfunction()
