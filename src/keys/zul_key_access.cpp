@@ -1,8 +1,8 @@
 #include "keys/zul_key_access.hpp"
 
+#include "platform/failed_assertion.hpp"
 #include "platform/localized_string.hpp"
 
-#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <mutex>
@@ -15,15 +15,6 @@ namespace {
 const utf16_string SHIFT_KEY_NAME = u"【shift】";
 const utf16_string CTRL_KEY_NAME = u"【ctrl】";
 const utf16_string OPTION_KEY_NAME = u"【option】";
-
-[[noreturn]] void fail_assertion(const char* a_file, unsigned a_line, const char* a_condition) {
-    std::fprintf(stderr, "%s:%u: failed assertion `%s'\n", a_file, a_line, a_condition);
-    std::fflush(stderr);
-    std::abort();
-}
-
-#define ZUL_KEY_ASSERT(a_condition)                                                                \
-    ((a_condition) ? static_cast<void>(0) : fail_assertion(__FILE__, __LINE__, #a_condition))
 
 utf16_string full_name(const utf16_string& a_base, bool a_shift, bool a_ctrl, bool a_option) {
     utf16_string name = a_base;
@@ -110,8 +101,8 @@ struct zul_key_access::impl {
 };
 
 zul_key_access::impl::impl(std::uint32_t a_type) {
-    ZUL_KEY_ASSERT(a_type == TYPE_QIRO_LUMEN_CANDIDATE_CHANGE ||
-                   a_type == TYPE_QIRO_LUMEN_PLUGIN_N_SEARCH);
+    QIRO_ASSERT(a_type == TYPE_QIRO_LUMEN_CANDIDATE_CHANGE ||
+                a_type == TYPE_QIRO_LUMEN_PLUGIN_N_SEARCH);
     const bool all = a_type == TYPE_QIRO_LUMEN_PLUGIN_N_SEARCH;
 
     set_map_with_allmodifiers(32, u"space");
@@ -191,7 +182,7 @@ zul_key_access& zul_key_access::getInstance(std::uint32_t a_type) {
         static zul_key_access plugin_n_search(TYPE_QIRO_LUMEN_PLUGIN_N_SEARCH);
         return plugin_n_search;
     }
-    ZUL_KEY_ASSERT(false);
+    QIRO_ASSERT(false);
     std::abort();
 }
 

@@ -1,5 +1,5 @@
+#include "platform/failed_assertion.hpp"
 #include "runtime/instance_script_impl.hpp"
-#include "runtime/runtime_assert.hpp"
 #include "text/string_encode.hpp"
 
 #include <fcntl.h>
@@ -51,7 +51,7 @@ xml_access_library::script_preference::plugin_preference_data
 qiro_plugin_instance_script::impl::get_plugin_preference() const {
     std::string plugin_preference_path_file =
         string_encode::WideCharToMultiByteFilePath(m_plugin_file_path.c_str());
-    QIRO_RUNTIME_ASSERT(plugin_preference_path_file.size() > m_scripy_extension_name.size());
+    QIRO_ASSERT(plugin_preference_path_file.size() > m_scripy_extension_name.size());
     plugin_preference_path_file.replace(plugin_preference_path_file.size() -
                                             m_scripy_extension_name.size(),
                                         std::string::npos, ".xml");

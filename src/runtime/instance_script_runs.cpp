@@ -1,7 +1,7 @@
 #include "bridges/protocol.hpp"
+#include "platform/failed_assertion.hpp"
 #include "runtime/instance_script_impl.hpp"
 #include "runtime/message_script.hpp"
-#include "runtime/runtime_assert.hpp"
 #include "text/wide_string.hpp"
 #include "xml/script_load.hpp"
 
@@ -70,7 +70,7 @@ bool qiro_plugin_instance_script::syntax_check() {
 bool qiro_plugin_instance_script::run_processing(
     std::shared_ptr<abstract_qiro_plugin_message> a_message, const qiro_plugin_request& a_request,
     const qiro_plugin_message_quit_flag& /*a_quit_flag*/) {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     if (!a_message) {
         throw std::runtime_error("qiro_plugin_instance_script::run_processing() : fault1.");
     }
@@ -106,7 +106,7 @@ bool qiro_plugin_instance_script::run_processing(
 qiro_plugin_receive_data qiro_plugin_instance_script::get_plugin_receive_data(
     std::shared_ptr<abstract_qiro_plugin_message> a_message, unsigned int a_plugin_index,
     unsigned int a_generation_id) const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     qiro_plugin_receive_data receive_data;
     if (!a_message) {
         throw std::runtime_error(
@@ -129,9 +129,9 @@ qiro_plugin_receive_data qiro_plugin_instance_script::get_plugin_receive_data(
 bool qiro_plugin_instance_script::run_callback(
     std::shared_ptr<abstract_qiro_plugin_message> /*a_message*/,
     const qiro_plugin_callback& a_callback, const qiro_plugin_message_quit_flag& /*a_quit_flag*/) {
-    QIRO_RUNTIME_ASSERT(is_load());
-    QIRO_RUNTIME_ASSERT_TEXT(p_impl->m_plugin_preference_data.callback,
-                             "p_impl->m_plugin_preference_data.m_callback");
+    QIRO_ASSERT(is_load());
+    QIRO_ASSERT_TEXT(p_impl->m_plugin_preference_data.callback,
+                     "p_impl->m_plugin_preference_data.m_callback");
 
     std::string arguments;
     arguments += make_text_argument(
@@ -154,8 +154,8 @@ bool qiro_plugin_instance_script::run_callback(
 
 bool qiro_plugin_instance_script::run_preference(void* /*a_parent*/) {
     // Unlike the other runs this one does not require the loaded flag.
-    QIRO_RUNTIME_ASSERT_TEXT(p_impl->m_plugin_preference_data.preference,
-                             "p_impl->m_plugin_preference_data.m_preference");
+    QIRO_ASSERT_TEXT(p_impl->m_plugin_preference_data.preference,
+                     "p_impl->m_plugin_preference_data.m_preference");
     p_impl->run_command_rapper(QIRO_PLUGIN_SCRIPT_METHOD_NAME_RUN_PREFERENCE,
                                p_impl->make_preference_path_argument(), false);
     return true;

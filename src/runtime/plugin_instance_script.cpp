@@ -1,10 +1,10 @@
 #include "runtime/plugin_instance_script.hpp"
 
 #include "platform/data_folder.hpp"
+#include "platform/failed_assertion.hpp"
 #include "platform/file_path.hpp"
 #include "runtime/instance_script_impl.hpp"
 #include "runtime/message_script.hpp"
-#include "runtime/runtime_assert.hpp"
 #include "text/string_encode.hpp"
 #include "text/wide_string.hpp"
 
@@ -65,22 +65,22 @@ utf16_string qiro_plugin_instance_script::get_load_error_message() const {
 }
 
 bool qiro_plugin_instance_script::run_initialize() {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return true;
 }
 
 bool qiro_plugin_instance_script::run_destroy() {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return true;
 }
 
 utf16_string qiro_plugin_instance_script::run_get_name() const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return p_impl->m_plugin_preference_data.name;
 }
 
 utf16_string qiro_plugin_instance_script::run_get_short_name() const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     if (!p_impl->m_plugin_preference_data.name_short.empty()) {
         return p_impl->m_plugin_preference_data.name_short;
     }
@@ -93,12 +93,12 @@ utf16_string qiro_plugin_instance_script::run_get_short_name() const {
 }
 
 utf16_string qiro_plugin_instance_script::run_get_description() const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return p_impl->m_plugin_preference_data.description;
 }
 
 utf16_string qiro_plugin_instance_script::run_get_copyright() const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return p_impl->m_plugin_preference_data.copyright;
 }
 
@@ -107,12 +107,12 @@ utf16_string qiro_plugin_instance_script::run_get_module_type() const {
 }
 
 std::int32_t qiro_plugin_instance_script::run_get_major_version() const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return static_cast<std::int32_t>(p_impl->m_plugin_preference_data.major_version);
 }
 
 std::int32_t qiro_plugin_instance_script::run_get_minor_version() const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return static_cast<std::int32_t>(p_impl->m_plugin_preference_data.minor_version);
 }
 
@@ -121,17 +121,17 @@ bool qiro_plugin_instance_script::is_enable_palette() const {
 }
 
 bool qiro_plugin_instance_script::is_enable_processing() const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return true;
 }
 
 bool qiro_plugin_instance_script::is_enable_callback() const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return p_impl->m_plugin_preference_data.callback;
 }
 
 std::set<utf16_string> qiro_plugin_instance_script::get_detailed_processing_type() const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return {u"候補取得"};
 }
 
@@ -140,7 +140,7 @@ bool qiro_plugin_instance_script::is_enable_preference() const {
 }
 
 bool qiro_plugin_instance_script::is_corresponding_auto_search() const {
-    QIRO_RUNTIME_ASSERT(is_load());
+    QIRO_ASSERT(is_load());
     return true;
 }
 

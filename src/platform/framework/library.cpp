@@ -1,6 +1,6 @@
 #include "platform/framework/library.hpp"
 
-#include "platform/framework/failed_assertion.hpp"
+#include "platform/failed_assertion.hpp"
 
 #include <QFile>
 #include <QString>
@@ -48,7 +48,7 @@ library_handle load_library(const utf16_string& a_path) {
 }
 
 library_function get_function_address(library_handle a_instance_handle, const char* a_name) {
-    QIRO_FRAMEWORK_ASSERT(a_instance_handle);
+    QIRO_ASSERT(a_instance_handle);
     if (a_name == nullptr) {
         return nullptr;
     }
@@ -56,7 +56,7 @@ library_function get_function_address(library_handle a_instance_handle, const ch
 }
 
 int free_library(library_handle a_instance_handle) {
-    QIRO_FRAMEWORK_ASSERT(a_instance_handle);
+    QIRO_ASSERT(a_instance_handle);
     std::lock_guard lock(counts().m_mutex);
     auto found = counts().m_counts.find(a_instance_handle);
     if (found != counts().m_counts.end() && found->second > 1) {

@@ -1,6 +1,6 @@
 #include "platform/framework/timer.hpp"
 
-#include "platform/framework/failed_assertion.hpp"
+#include "platform/failed_assertion.hpp"
 #include "platform/framework/main_thread.hpp"
 
 #include <QTimer>
@@ -10,7 +10,7 @@
 namespace qiro_plugin::utility {
 
 int set_timer(window_handle a_handle, int a_identifier, int a_milliseconds) {
-    QIRO_FRAMEWORK_ASSERT(a_handle);
+    QIRO_ASSERT(a_handle);
     run_on_main_thread([a_handle, a_identifier, a_milliseconds] {
         // Made here so that the timer belongs to the main thread and fires in its loop.
         auto timer = std::make_unique<QTimer>();
@@ -26,7 +26,7 @@ int set_timer(window_handle a_handle, int a_identifier, int a_milliseconds) {
 }
 
 int kill_timer(window_handle a_handle, int a_identifier) {
-    QIRO_FRAMEWORK_ASSERT(a_handle);
+    QIRO_ASSERT(a_handle);
     run_on_main_thread([a_handle, a_identifier] { a_handle->delete_timer(a_identifier); });
     return 1;
 }

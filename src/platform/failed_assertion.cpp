@@ -1,4 +1,4 @@
-#include "platform/framework/failed_assertion.hpp"
+#include "platform/failed_assertion.hpp"
 
 #include <cstdio>
 #include <cstdlib>
