@@ -122,7 +122,9 @@ TEST(script_load, cuts_each_field_to_its_code_unit_limit) {
         element("alternative_alias", repeated("s", 150)) + element("info", repeated("i", 80));
     const auto candidates = read_all(bridge_document(bridge_item(inner)));
     ASSERT_EQ(candidates.size(), 1u);
-    EXPECT_EQ(candidates[0].title, u"a" + repeated_units(u"\U0001F600", 49));
+    utf16_string expected_title = u"a";
+    expected_title += repeated_units(u"\U0001F600", 49);
+    EXPECT_EQ(candidates[0].title, expected_title);
     EXPECT_EQ(candidates[0].comment.size(), 10240u);
     EXPECT_EQ(candidates[0].alternative.size(), 512u);
     EXPECT_EQ(candidates[0].alternative_alias.size(), 100u);
@@ -134,7 +136,9 @@ TEST(script_load, cuts_each_field_to_its_code_unit_limit) {
     const auto decoded = read_all(bridge_document(bridge_item(references)));
     ASSERT_EQ(decoded.size(), 1u);
     EXPECT_EQ(decoded[0].title, repeated_units(u"&", 100));
-    EXPECT_EQ(decoded[0].info, u"aB<" + repeated_units(u"b", 61));
+    utf16_string expected_info = u"aB<";
+    expected_info += repeated_units(u"b", 61);
+    EXPECT_EQ(decoded[0].info, expected_info);
     EXPECT_EQ(read_all(bridge_document(bridge_item(element("title", "a&amp;b"))))[0].title, u"a&b");
 }
 
