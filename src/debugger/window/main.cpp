@@ -1,7 +1,6 @@
 #include "debugger/core/plugin_discovery.hpp"
 #include "debugger/window/ui_controller.hpp"
 #include "debugger/window/window_translations.hpp"
-#include "platform/command_runner.hpp"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -30,11 +29,6 @@ int main(int argc, char* argv[]) {
         qiro_plugin::debugger::set_plugin_folder(
             qiro_plugin::debugger::make_plugin_folder(parser.value(folder_option).toStdString()));
     }
-
-    // While a plug-in runs the window keeps painting and the busy indicator keeps moving;
-    // clicks and keys wait until the run has ended.
-    qiro_plugin::utility::set_run_command_wait_hook(
-        [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
 
     auto& controller = qiro_plugin::debugger::ui_controller::getInstance();
     controller.window()->show();

@@ -2,6 +2,7 @@
 
 #include "debugger/core/script_instance_factory.hpp"
 #include "debugger/window/alert_box.hpp"
+#include "platform/command_runner.hpp"
 #include "platform/localized_string.hpp"
 #include "ui_main_window.h"
 
@@ -78,6 +79,11 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
     m_std_error_output_text_view = p_impl->m_ui.m_std_error_output_text_view;
     m_loaded_plusins_popup_button = p_impl->m_ui.m_loaded_plusins_popup_button;
     m_run_debug_button = p_impl->m_ui.m_run_debug_button;
+
+    // While a plug-in runs the window keeps painting and the busy indicator keeps moving;
+    // clicks and keys wait until the run has ended.
+    utility::set_run_command_wait_hook(
+        [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
 
     connect(m_run_debug_button, &QPushButton::clicked, this, &ui_controller::run_debug);
     connect(m_hyoki_text_field, &QLineEdit::returnPressed, this, &ui_controller::run_debug);

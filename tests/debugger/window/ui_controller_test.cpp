@@ -3,7 +3,6 @@
 #include "debugger/window/alert_box.hpp"
 #include "debugger/window/ui_controller.hpp"
 #include "debugger/window/window_translations.hpp"
-#include "platform/command_runner.hpp"
 
 #include <QApplication>
 #include <QComboBox>
@@ -49,7 +48,9 @@ private:
         const QString source = QStringLiteral(QIRO_SAMPLE_PLUGIN_DIR "/") + a_sample;
         QVERIFY(QFile::copy(source, m_plugins.filePath(a_as)));
     }
-    void remove_plugin(const QString& a_name) { QVERIFY(QFile::remove(m_plugins.filePath(a_name))); }
+    void remove_plugin(const QString& a_name) {
+        QVERIFY(QFile::remove(m_plugins.filePath(a_name)));
+    }
     void use_folder(const QString& a_folder) {
         set_plugin_folder(make_plugin_folder(a_folder.toStdString()));
     }
@@ -67,12 +68,11 @@ private slots:
     void initTestCase() {
         QVERIFY(m_home.isValid() && m_plugins.isValid());
         qputenv("HOME", m_home.path().toUtf8());
-        qputenv("QIRO_MACHINE_PREFERENCES_DIR", m_home.filePath(QStringLiteral("machine")).toUtf8());
+        qputenv("QIRO_MACHINE_PREFERENCES_DIR",
+                m_home.filePath(QStringLiteral("machine")).toUtf8());
         qputenv("PATH", "/usr/bin:/bin:" + qgetenv("PATH"));
         install_window_translations(*qApp, QLocale(QLocale::English));
         set_alert_function([this](QWidget*, const QString& a_title) { m_alerts << a_title; });
-        utility::set_run_command_wait_hook(
-            [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
         controller().window()->show();
     }
 
@@ -155,8 +155,9 @@ private slots:
             non_bmp += QString::fromUtf8("\xF0\x9F\x98\x80");
         }
         run_with(non_bmp + QLatin1Char('x')); // 101 units in 51 characters
-        QCOMPARE(m_alerts, (QStringList{localized("AlertEmptyHyoki"), localized("AlertTooLongHyoki"),
-                                        localized("AlertTooLongHyoki")}));
+        QCOMPARE(m_alerts,
+                 (QStringList{localized("AlertEmptyHyoki"), localized("AlertTooLongHyoki"),
+                              localized("AlertTooLongHyoki")}));
         QCOMPARE(std_output()->toPlainText(), untouched);
         QVERIFY(!progress()->isVisible());
     }
@@ -180,7 +181,8 @@ private slots:
         run_with(QStringLiteral("変換"));
         QVERIFY(m_alerts.isEmpty());
         const QString text = std_output()->toPlainText();
-        QVERIFY2(text.startsWith(QStringLiteral("syntax ok\n<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n\n<itemlist>\n")),
+        QVERIFY2(text.startsWith(QStringLiteral(
+                     "syntax ok\n<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n\n<itemlist>\n")),
                  qPrintable(text));
         // The document's own last line break, then the one of the append.
         QVERIFY2(text.endsWith(QStringLiteral("</itemlist>\n\n")) &&
@@ -194,6 +196,35 @@ private slots:
         if (const QByteArray path = qgetenv("QIRO_SCREENSHOT"); !path.isEmpty()) {
             QVERIFY(controller().window()->grab().save(QString::fromLocal8Bit(path)));
         }
+    }
+
+    void the_window_stays_live_with_the_indicator_moving_during_a_run() {
+        QFile slow(m_plugins.filePath(QStringLiteral("slow.py")));
+        QVERIFY(slow.open(QIODevice::WriteOnly));
+        slow.write("import time\n"
+                   "def qiro_plugin_run_process(request):\n"
+                   "    time.sleep(1.5)\n"
+                   "    return {'candidate': [{'hyoki': request['composition_string']}]}\n");
+        slow.close();
+        controller().reload();
+        QTest::keyClick(menu(), Qt::Key_End); // the last item, as the list is sorted
+        QCOMPARE(menu()->currentText(), QStringLiteral("slow.py"));
+
+        // Timers fire while the run blocks: the event loop turns and the indicator shows.
+        int ticks_while_busy = 0;
+        QTimer probe;
+        connect(&probe, &QTimer::timeout, this, [&] {
+            if (progress()->isVisible()) {
+                ++ticks_while_busy;
+            }
+        });
+        probe.start(100);
+        run_with(QStringLiteral("ゆっくり"));
+        probe.stop();
+        QVERIFY2(ticks_while_busy >= 5, qPrintable(QString::number(ticks_while_busy)));
+        QVERIFY(!progress()->isVisible());
+        QVERIFY(std_output()->toPlainText().contains(QStringLiteral("<title>ゆっくり</title>")));
+        QVERIFY(m_alerts.isEmpty());
     }
 
     void an_exception_in_a_run_gives_one_alert_and_stops_the_indicator() {
