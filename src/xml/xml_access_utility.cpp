@@ -1,7 +1,7 @@
 #include "xml/xml_access_utility.hpp"
 
+#include "platform/failed_assertion.hpp"
 #include "text/utf8_codec.hpp"
-#include "xml/xml_assert.hpp"
 #include "xml/xml_handle_impl.hpp"
 #include "xml/xml_tree_walk.hpp"
 
@@ -124,16 +124,16 @@ xml_access_utility::get_node_list_by_name_tag(const xml_element& a_element,
 }
 
 unsigned int xml_access_utility::get_node_list_length(const xml_node_list& a_node_list) const {
-    XML_ACCESS_ASSERT(a_node_list.p_impl->m_node_list);
+    QIRO_ASSERT(a_node_list.p_impl->m_node_list);
     return static_cast<unsigned int>(a_node_list.p_impl->m_node_list->size());
 }
 
 std::unique_ptr<xml_element>
 xml_access_utility::get_node_by_node_list(const xml_node_list& a_node_list,
                                           unsigned int a_node_list_position) const {
-    XML_ACCESS_ASSERT(a_node_list.p_impl->m_node_list);
+    QIRO_ASSERT(a_node_list.p_impl->m_node_list);
     // clang-format off
-    XML_ACCESS_ASSERT(a_node_list_position < get_node_list_length( a_node_list ));
+    QIRO_ASSERT(a_node_list_position < get_node_list_length( a_node_list ));
     // clang-format on
     xml_node* node = (*a_node_list.p_impl->m_node_list)[a_node_list_position];
     if (node == nullptr || (node->type != XML_ELEMENT_NODE && node->type != XML_DOCUMENT_NODE)) {
@@ -147,7 +147,7 @@ xml_access_utility::get_node_by_node_list(const xml_node_list& a_node_list,
 std::unique_ptr<xml_element>
 xml_access_utility::get_node_by_tag_name(const xml_element& a_element,
                                          const qiro_plugin::utf16_string& a_tag) const {
-    XML_ACCESS_ASSERT(a_element.p_impl->m_element);
+    QIRO_ASSERT(a_element.p_impl->m_element);
     const auto tag = qiro_plugin::string_encode::detail::utf16_to_utf8(a_tag);
     if (!tag) {
         return nullptr;
@@ -167,7 +167,7 @@ xml_access_utility::get_node_by_tag_name(const xml_element& a_element,
 }
 
 qiro_plugin::utf16_string xml_access_utility::get_node_text(const xml_element& a_element) const {
-    XML_ACCESS_ASSERT(a_element.p_impl->m_element);
+    QIRO_ASSERT(a_element.p_impl->m_element);
     std::string text;
     getTextContent(text, a_element.p_impl->m_element);
     return to_utf16(text);
@@ -192,7 +192,7 @@ xml_access_utility::get_node_attribute_text(const xml_element& a_element,
 bool xml_access_utility::check_node_attribute(const xml_element& a_element,
                                               const qiro_plugin::utf16_string& a_name,
                                               const qiro_plugin::utf16_string& a_value) const {
-    XML_ACCESS_ASSERT(a_element.p_impl->m_element);
+    QIRO_ASSERT(a_element.p_impl->m_element);
     const xmlNode* element = a_element.p_impl->m_element;
     if (element->type != XML_ELEMENT_NODE) {
         return false;
