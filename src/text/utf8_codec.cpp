@@ -74,23 +74,27 @@ std::optional<std::string> utf16_to_utf8(std::u16string_view a_text) {
         } else if (code >= 0xDC00 && code <= 0xDFFF) {
             return std::nullopt;
         }
-        if (code < 0x80) {
-            result.push_back(static_cast<char>(code));
-        } else if (code < 0x800) {
-            result.push_back(static_cast<char>(0xC0 | (code >> 6)));
-            result.push_back(static_cast<char>(0x80 | (code & 0x3F)));
-        } else if (code < 0x10000) {
-            result.push_back(static_cast<char>(0xE0 | (code >> 12)));
-            result.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
-            result.push_back(static_cast<char>(0x80 | (code & 0x3F)));
-        } else {
-            result.push_back(static_cast<char>(0xF0 | (code >> 18)));
-            result.push_back(static_cast<char>(0x80 | ((code >> 12) & 0x3F)));
-            result.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
-            result.push_back(static_cast<char>(0x80 | (code & 0x3F)));
-        }
+        append_utf8(result, code);
     }
     return result;
+}
+
+void append_utf8(std::string& a_text, std::uint32_t a_code) {
+    if (a_code < 0x80) {
+        a_text.push_back(static_cast<char>(a_code));
+    } else if (a_code < 0x800) {
+        a_text.push_back(static_cast<char>(0xC0 | (a_code >> 6)));
+        a_text.push_back(static_cast<char>(0x80 | (a_code & 0x3F)));
+    } else if (a_code < 0x10000) {
+        a_text.push_back(static_cast<char>(0xE0 | (a_code >> 12)));
+        a_text.push_back(static_cast<char>(0x80 | ((a_code >> 6) & 0x3F)));
+        a_text.push_back(static_cast<char>(0x80 | (a_code & 0x3F)));
+    } else {
+        a_text.push_back(static_cast<char>(0xF0 | (a_code >> 18)));
+        a_text.push_back(static_cast<char>(0x80 | ((a_code >> 12) & 0x3F)));
+        a_text.push_back(static_cast<char>(0x80 | ((a_code >> 6) & 0x3F)));
+        a_text.push_back(static_cast<char>(0x80 | (a_code & 0x3F)));
+    }
 }
 
 } // namespace qiro_plugin::string_encode::detail

@@ -35,24 +35,6 @@ bool is_parameter_entity(const xmlNode* a_reference) {
     return kind == XML_INTERNAL_PARAMETER_ENTITY || kind == XML_EXTERNAL_PARAMETER_ENTITY;
 }
 
-void append_utf8(std::string& a_text, std::uint32_t a_code) {
-    if (a_code < 0x80) {
-        a_text.push_back(static_cast<char>(a_code));
-    } else if (a_code < 0x800) {
-        a_text.push_back(static_cast<char>(0xC0 | (a_code >> 6)));
-        a_text.push_back(static_cast<char>(0x80 | (a_code & 0x3F)));
-    } else if (a_code < 0x10000) {
-        a_text.push_back(static_cast<char>(0xE0 | (a_code >> 12)));
-        a_text.push_back(static_cast<char>(0x80 | ((a_code >> 6) & 0x3F)));
-        a_text.push_back(static_cast<char>(0x80 | (a_code & 0x3F)));
-    } else {
-        a_text.push_back(static_cast<char>(0xF0 | (a_code >> 18)));
-        a_text.push_back(static_cast<char>(0x80 | ((a_code >> 12) & 0x3F)));
-        a_text.push_back(static_cast<char>(0x80 | ((a_code >> 6) & 0x3F)));
-        a_text.push_back(static_cast<char>(0x80 | (a_code & 0x3F)));
-    }
-}
-
 // The character a "#65" or "#x41" reference names, or 0 when it names none.
 std::uint32_t character_reference_value(std::string_view a_name) {
     if (a_name.size() < 2 || a_name[0] != '#') {
@@ -164,7 +146,7 @@ void append_entity_reference(std::string& a_text, const xmlNode* a_reference) {
             return;
         }
         if (const std::uint32_t code = character_reference_value(name)) {
-            append_utf8(a_text, code);
+            qiro_plugin::string_encode::detail::append_utf8(a_text, code);
             return;
         }
     }
