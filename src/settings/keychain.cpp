@@ -1,6 +1,6 @@
 #include "settings/keychain.hpp"
 
-#include <libsecret/secret.h>
+#include "settings/secret_library.hpp"
 
 #include <chrono>
 #include <condition_variable>
@@ -33,30 +33,40 @@ const SecretSchema* generic_password_schema() {
 }
 
 template <typename T> struct object_deleter {
-    void operator()(T* a_object) const { g_object_unref(a_object); }
+    const secret_library* m_library = nullptr;
+    void operator()(T* a_object) const { m_library->object_unref(a_object); }
 };
 template <typename T> using object_handle = std::unique_ptr<T, object_deleter<T>>;
 
-struct error_holder {
-    GError* error = nullptr;
-    error_holder() = default;
+template <typename T> object_handle<T> hold(const secret_library& a_library, T* a_object) {
+    return object_handle<T>(a_object, object_deleter<T>{&a_library});
+}
+
+class error_holder {
+public:
+    explicit error_holder(const secret_library& a_library) : m_library(a_library) {}
     error_holder(const error_holder&) = delete;
     error_holder& operator=(const error_holder&) = delete;
-    ~error_holder() { g_clear_error(&error); }
+    ~error_holder() { m_library.clear_error(&m_error); }
     GError** out() {
-        g_clear_error(&error);
-        return &error;
+        m_library.clear_error(&m_error);
+        return &m_error;
     }
+
+private:
+    const secret_library& m_library;
+    GError* m_error = nullptr;
 };
 
 // Cancels the calls of one operation when the keyring takes too long to answer.
 class call_deadline {
 public:
-    call_deadline() : m_cancellable(g_cancellable_new()) {
+    explicit call_deadline(const secret_library& a_library)
+        : m_library(a_library), m_cancellable(a_library.cancellable_new()) {
         m_watchdog = std::thread([this] {
             std::unique_lock lock(m_mutex);
             if (!m_condition.wait_for(lock, call_limit, [this] { return m_finished; })) {
-                g_cancellable_cancel(m_cancellable);
+                m_library.cancellable_cancel(m_cancellable);
             }
         });
     }
@@ -69,26 +79,18 @@ public:
         }
         m_condition.notify_one();
         m_watchdog.join();
-        g_object_unref(m_cancellable);
+        m_library.object_unref(m_cancellable);
     }
     GCancellable* get() const { return m_cancellable; }
 
 private:
+    const secret_library& m_library;
     GCancellable* m_cancellable;
     std::mutex m_mutex;
     std::condition_variable m_condition;
     bool m_finished = false;
     std::thread m_watchdog;
 };
-
-bool usable_text(const std::string& a_text) {
-    return a_text.find('\0') == std::string::npos &&
-           g_utf8_validate(a_text.data(), static_cast<gssize>(a_text.size()), nullptr);
-}
-
-bool usable_names(const std::string& a_service, const std::string& a_account) {
-    return !a_service.empty() && usable_text(a_service) && usable_text(a_account);
-}
 
 // Without an address and without the per-user bus socket, GIO would try to start a bus
 // of its own; there is no keyring to find that way.
@@ -106,154 +108,185 @@ bool session_bus_known() {
     return stat(socket_path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode);
 }
 
-object_handle<SecretService> open_service(GCancellable* a_cancellable) {
-    if (!session_bus_known()) {
+bool usable_text(const secret_library& a_library, const std::string& a_text) {
+    return a_text.find('\0') == std::string::npos &&
+           a_library.utf8_validate(a_text.data(), static_cast<gssize>(a_text.size()), nullptr);
+}
+
+// The library for a call on these names, or null when the call cannot succeed. Names are
+// checked for what needs no library first, and the library is not loaded at all when there
+// is no session bus to reach.
+const secret_library* library_for(const std::string& a_service, const std::string& a_account) {
+    if (a_service.empty() || !session_bus_known()) {
         return nullptr;
     }
-    error_holder error;
-    object_handle<GDBusConnection> bus(
-        g_bus_get_sync(G_BUS_TYPE_SESSION, a_cancellable, error.out()));
-    if (!bus) {
+    const secret_library* library = load_secret_library();
+    if (library == nullptr || !usable_text(*library, a_service) ||
+        !usable_text(*library, a_account)) {
         return nullptr;
+    }
+    return library;
+}
+
+object_handle<SecretService> open_service(const secret_library& a_library,
+                                          GCancellable* a_cancellable) {
+    error_holder error(a_library);
+    auto bus =
+        hold(a_library, a_library.bus_get_sync(G_BUS_TYPE_SESSION, a_cancellable, error.out()));
+    if (!bus) {
+        return hold<SecretService>(a_library, nullptr);
     }
     // A keyring or bus that goes away must not take this process with it.
-    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
-    return object_handle<SecretService>(
-        secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, a_cancellable, error.out()));
+    a_library.dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    return hold(a_library, a_library.service_get_sync(SECRET_SERVICE_OPEN_SESSION, a_cancellable,
+                                                      error.out()));
+}
+
+GHashTable* make_attributes(const secret_library& a_library, const std::string& a_service,
+                            const std::string& a_account) {
+    GHashTable* attributes = a_library.hash_table_new(a_library.str_hash, a_library.str_equal);
+    a_library.hash_table_insert(attributes, const_cast<char*>("service"),
+                                const_cast<char*>(a_service.c_str()));
+    a_library.hash_table_insert(attributes, const_cast<char*>("account"),
+                                const_cast<char*>(a_account.c_str()));
+    return attributes;
 }
 
 // The first unlocked item of the service and account; locked items are passed over
 // because opening them would ask the user.
-object_handle<SecretItem> find_item(SecretService* a_service, const std::string& a_service_name,
-                                    const std::string& a_account, bool a_load_secret,
-                                    GCancellable* a_cancellable) {
-    GHashTable* attributes = g_hash_table_new(g_str_hash, g_str_equal);
-    g_hash_table_insert(attributes, const_cast<char*>("service"),
-                        const_cast<char*>(a_service_name.c_str()));
-    g_hash_table_insert(attributes, const_cast<char*>("account"),
-                        const_cast<char*>(a_account.c_str()));
+object_handle<SecretItem> find_item(const secret_library& a_library, SecretService* a_service,
+                                    const std::string& a_service_name, const std::string& a_account,
+                                    bool a_load_secret, GCancellable* a_cancellable) {
+    GHashTable* attributes = make_attributes(a_library, a_service_name, a_account);
     const auto flags = static_cast<SecretSearchFlags>(
         SECRET_SEARCH_ALL | (a_load_secret ? SECRET_SEARCH_LOAD_SECRETS : SECRET_SEARCH_NONE));
-    error_holder error;
-    GList* items = secret_service_search_sync(a_service, generic_password_schema(), attributes,
-                                              flags, a_cancellable, error.out());
-    g_hash_table_unref(attributes);
-    object_handle<SecretItem> found;
+    error_holder error(a_library);
+    GList* items = a_library.service_search_sync(a_service, generic_password_schema(), attributes,
+                                                 flags, a_cancellable, error.out());
+    a_library.hash_table_unref(attributes);
+    auto found = hold<SecretItem>(a_library, nullptr);
     for (GList* link = items; link != nullptr; link = link->next) {
         auto* item = static_cast<SecretItem*>(link->data);
-        if (!secret_item_get_locked(item)) {
-            found.reset(static_cast<SecretItem*>(g_object_ref(item)));
+        if (!a_library.item_get_locked(item)) {
+            found.reset(static_cast<SecretItem*>(a_library.object_ref(item)));
             break;
         }
     }
-    g_list_free_full(items, g_object_unref);
+    a_library.list_free_full(items, a_library.object_unref);
     return found;
 }
 
 struct value_deleter {
-    void operator()(SecretValue* a_value) const { secret_value_unref(a_value); }
+    const secret_library* m_library = nullptr;
+    void operator()(SecretValue* a_value) const { m_library->value_unref(a_value); }
 };
 using value_handle = std::unique_ptr<SecretValue, value_deleter>;
 
-value_handle make_value(const std::string& a_password) {
-    return value_handle(secret_value_new(a_password.data(), static_cast<gssize>(a_password.size()),
-                                         password_content_type));
+value_handle make_value(const secret_library& a_library, const std::string& a_password) {
+    return value_handle(a_library.value_new(a_password.data(),
+                                            static_cast<gssize>(a_password.size()),
+                                            password_content_type),
+                        value_deleter{&a_library});
 }
 
-bool modify_item(SecretItem* a_item, const std::string& a_password, GCancellable* a_cancellable) {
-    auto value = make_value(a_password);
-    error_holder error;
-    return secret_item_set_secret_sync(a_item, value.get(), a_cancellable, error.out()) != FALSE;
+bool modify_item(const secret_library& a_library, SecretItem* a_item, const std::string& a_password,
+                 GCancellable* a_cancellable) {
+    auto value = make_value(a_library, a_password);
+    error_holder error(a_library);
+    return a_library.item_set_secret_sync(a_item, value.get(), a_cancellable, error.out()) != FALSE;
 }
 
 } // namespace
 
 std::string get_password_in_keychain(const std::string& a_service, const std::string& a_account) {
-    if (!usable_names(a_service, a_account)) {
+    const secret_library* library = library_for(a_service, a_account);
+    if (library == nullptr) {
         return {};
     }
-    call_deadline deadline;
-    auto service = open_service(deadline.get());
+    call_deadline deadline(*library);
+    auto service = open_service(*library, deadline.get());
     if (!service) {
         return {};
     }
-    auto item = find_item(service.get(), a_service, a_account, true, deadline.get());
+    auto item = find_item(*library, service.get(), a_service, a_account, true, deadline.get());
     if (!item) {
         return {};
     }
-    value_handle value(secret_item_get_secret(item.get()));
+    value_handle value(library->item_get_secret(item.get()), value_deleter{library});
     if (!value) {
         return {};
     }
     gsize length = 0;
-    const gchar* bytes = secret_value_get(value.get(), &length);
+    const gchar* bytes = library->value_get(value.get(), &length);
     return bytes == nullptr ? std::string() : std::string(bytes, length);
 }
 
 bool set_password_in_keychain(const std::string& a_service, const std::string& a_account,
                               const std::string& a_password) {
-    if (!usable_names(a_service, a_account)) {
+    const secret_library* library = library_for(a_service, a_account);
+    if (library == nullptr) {
         return false;
     }
-    call_deadline deadline;
-    auto service = open_service(deadline.get());
+    call_deadline deadline(*library);
+    auto service = open_service(*library, deadline.get());
     if (!service) {
         return false;
     }
-    if (auto item = find_item(service.get(), a_service, a_account, false, deadline.get())) {
-        modify_item(item.get(), a_password, deadline.get());
+    if (auto item =
+            find_item(*library, service.get(), a_service, a_account, false, deadline.get())) {
+        modify_item(*library, item.get(), a_password, deadline.get());
         return true;
     }
-    error_holder error;
-    object_handle<SecretCollection> collection(
-        secret_collection_for_alias_sync(service.get(), SECRET_COLLECTION_DEFAULT,
+    error_holder error(*library);
+    auto collection = hold(*library, library->collection_for_alias_sync(
+                                         service.get(), SECRET_COLLECTION_DEFAULT,
                                          SECRET_COLLECTION_NONE, deadline.get(), error.out()));
     // Creating the default keyring or unlocking it would ask the user.
-    if (!collection || secret_collection_get_locked(collection.get())) {
+    if (!collection || library->collection_get_locked(collection.get())) {
         return false;
     }
-    GHashTable* attributes = g_hash_table_new(g_str_hash, g_str_equal);
-    g_hash_table_insert(attributes, const_cast<char*>("service"),
-                        const_cast<char*>(a_service.c_str()));
-    g_hash_table_insert(attributes, const_cast<char*>("account"),
-                        const_cast<char*>(a_account.c_str()));
-    auto value = make_value(a_password);
-    object_handle<SecretItem> created(secret_item_create_sync(
-        collection.get(), generic_password_schema(), attributes, a_service.c_str(), value.get(),
-        SECRET_ITEM_CREATE_REPLACE, deadline.get(), error.out()));
-    g_hash_table_unref(attributes);
+    GHashTable* attributes = make_attributes(*library, a_service, a_account);
+    auto value = make_value(*library, a_password);
+    auto created =
+        hold(*library,
+             library->item_create_sync(collection.get(), generic_password_schema(), attributes,
+                                       a_service.c_str(), value.get(), SECRET_ITEM_CREATE_REPLACE,
+                                       deadline.get(), error.out()));
+    library->hash_table_unref(attributes);
     return created != nullptr;
 }
 
 bool modify_password_in_keychain(const std::string& a_service, const std::string& a_account,
                                  const std::string& a_password) {
-    if (!usable_names(a_service, a_account)) {
+    const secret_library* library = library_for(a_service, a_account);
+    if (library == nullptr) {
         return false;
     }
-    call_deadline deadline;
-    auto service = open_service(deadline.get());
+    call_deadline deadline(*library);
+    auto service = open_service(*library, deadline.get());
     if (!service) {
         return false;
     }
-    auto item = find_item(service.get(), a_service, a_account, false, deadline.get());
-    return item && modify_item(item.get(), a_password, deadline.get());
+    auto item = find_item(*library, service.get(), a_service, a_account, false, deadline.get());
+    return item && modify_item(*library, item.get(), a_password, deadline.get());
 }
 
 bool delete_item_in_keychain(const std::string& a_service, const std::string& a_account) {
-    if (!usable_names(a_service, a_account)) {
+    const secret_library* library = library_for(a_service, a_account);
+    if (library == nullptr) {
         return false;
     }
-    call_deadline deadline;
-    auto service = open_service(deadline.get());
+    call_deadline deadline(*library);
+    auto service = open_service(*library, deadline.get());
     if (!service) {
         return false;
     }
-    auto item = find_item(service.get(), a_service, a_account, false, deadline.get());
+    auto item = find_item(*library, service.get(), a_service, a_account, false, deadline.get());
     if (!item) {
         return false;
     }
-    error_holder error;
-    return secret_item_delete_sync(item.get(), deadline.get(), error.out()) != FALSE;
+    error_holder error(*library);
+    return library->item_delete_sync(item.get(), deadline.get(), error.out()) != FALSE;
 }
 
 } // namespace qiro_plugin::utility

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <dlfcn.h>
 
 namespace {
 
@@ -32,6 +33,29 @@ TEST(keychain_without_service_test, no_bus_address_and_no_user_bus_fails_every_c
     expect_every_call_fails();
     if (runtime != nullptr) {
         setenv("XDG_RUNTIME_DIR", saved_runtime.c_str(), 1);
+    }
+}
+
+// Loading the keyring client costs every process start; without a bus it must never happen.
+// The check runs in a fresh process, so that no earlier case has loaded it already.
+TEST(keychain_without_service_test, no_reachable_bus_leaves_the_keyring_library_unloaded) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    qiro_test::private_home home;
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    const std::string saved_runtime = runtime == nullptr ? "" : runtime;
+    setenv("XDG_RUNTIME_DIR", home.root().c_str(), 1);
+    EXPECT_EXIT(
+        {
+            expect_every_call_fails();
+            const bool loaded = dlopen("libsecret-1.so.0", RTLD_NOW | RTLD_NOLOAD) != nullptr;
+            std::exit(loaded || testing::Test::HasFailure() ? 1 : 0);
+        },
+        testing::ExitedWithCode(0), "");
+    if (runtime != nullptr) {
+        setenv("XDG_RUNTIME_DIR", saved_runtime.c_str(), 1);
+    } else {
+        unsetenv("XDG_RUNTIME_DIR");
     }
 }
 
