@@ -5,6 +5,7 @@
 #include "cli/run_commands.hpp"
 #include "cli/settings_commands.hpp"
 #include "debugger/core/localized_texts.hpp"
+#include "platform/termination_signals.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -24,6 +25,7 @@ const char* const folder_help = "the plug-in folder (default: plugin/ beside thi
 
 int main(int argc, char** argv) {
     std::setlocale(LC_ALL, "");
+    qiro_plugin::utility::end_running_commands_on_termination_signals();
     qiro_plugin::debugger::install_localized_text_provider(
         qiro_plugin::debugger::language_from_environment());
 

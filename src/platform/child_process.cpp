@@ -1,5 +1,7 @@
 #include "platform/child_process.hpp"
 
+#include "platform/running_commands.hpp"
+
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -145,6 +147,7 @@ std::unique_ptr<child_process> child_process::start(const std::string& a_command
                     environ) != 0) {
         return nullptr;
     }
+    add_running_group(pid);
     const int exit_fd = open_exit_fd(pid);
     std::unique_ptr<child_process> child(new child_process(pid, exit_fd));
     a_std_output_fd = std_output.release_read_end();
@@ -157,6 +160,7 @@ child_process::child_process(pid_t a_pid, int a_exit_fd) : m_pid(a_pid), m_exit_
 child_process::~child_process() {
     if (!m_reaped) {
         ::kill(-m_pid, SIGKILL);
+        remove_running_group(m_pid);
         wait_blocking(m_pid);
     }
     close_fd(m_exit_fd);
@@ -189,11 +193,14 @@ void child_process::reap_after_end_of_file() {
         }
     }
     if (has_exited()) {
+        remove_running_group(m_pid);
         wait_blocking(m_pid);
         m_reaped = true;
         return;
     }
     try {
+        // Forgotten before the waiter can reap it, so a reused id is never signalled.
+        remove_running_group(m_pid);
         std::thread([pid = m_pid] { wait_blocking(pid); }).detach();
         m_reaped = true;
     } catch (...) {
@@ -226,6 +233,7 @@ void child_process::terminate(output_stream& a_std_output, output_stream& a_std_
     }
     // Whatever of the group is still there, the shell included, ignored the polite request.
     ::kill(-m_pid, SIGKILL);
+    remove_running_group(m_pid);
     wait_blocking(m_pid);
     m_reaped = true;
 }

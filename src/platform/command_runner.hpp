@@ -34,6 +34,11 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
                 std::vector<char>& a_std_output, std::vector<char>& a_std_error, bool a_is_timeout,
                 run_command_report* a_report = nullptr);
 
+// Kills the process groups of every command running now, so their run_command calls end at
+// once. Async-signal-safe: a host's handler for SIGINT or SIGTERM calls it so that no plug-in
+// outlives the host.
+void kill_running_commands() noexcept;
+
 // Installs the function called once per 100 ms pass while a command runs; empty removes it.
 void set_run_command_wait_hook(std::function<void()> a_hook);
 

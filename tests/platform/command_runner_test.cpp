@@ -266,3 +266,28 @@ TEST(command_runner, concurrent_callers_get_their_own_outputs_and_no_foreign_pip
 }
 
 } // namespace
+
+TEST(command_runner, killing_running_commands_ends_them_with_their_groups) {
+    // A command without time-out whose shell and background child would both run for minutes.
+    std::atomic<pid_t> shell{0};
+    std::thread runner([&] {
+        std::vector<char> output;
+        std::vector<char> error;
+        run_command("echo $$; sleep 300 & sleep 300", {}, output, error, false);
+        shell = static_cast<pid_t>(std::atoi(text_of(output).c_str()));
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const auto started = std::chrono::steady_clock::now();
+    qiro_plugin::utility::kill_running_commands();
+    runner.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
+    ASSERT_GT(shell.load(), 0);
+    // Killed orphans may wait as zombies for a reaper this sandbox lacks; none may live.
+    for (const auto& member : platform_test::group_members(shell.load())) {
+        EXPECT_EQ(member.state, 'Z') << "process " << member.pid << " still runs";
+    }
+    EXPECT_TRUE(wait_for_no_children());
+    // With nothing running it does nothing.
+    qiro_plugin::utility::kill_running_commands();
+    EXPECT_EQ(run("echo still fine").std_output, terminated("still fine\n"));
+}

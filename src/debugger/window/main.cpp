@@ -1,6 +1,7 @@
 #include "debugger/core/plugin_discovery.hpp"
 #include "debugger/window/ui_controller.hpp"
 #include "debugger/window/window_translations.hpp"
+#include "platform/termination_signals.hpp"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -9,6 +10,7 @@
 #include <QTimer>
 
 int main(int argc, char* argv[]) {
+    qiro_plugin::utility::end_running_commands_on_termination_signals();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("QIRO Lumen Script Plug-in Debugger"));
     QApplication::setDesktopFileName(QStringLiteral("qiro-lumen-debugger"));

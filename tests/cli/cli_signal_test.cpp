@@ -1,0 +1,85 @@
+#include "cli_process.hpp"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <spawn.h>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <vector>
+
+namespace qiro_plugin::cli::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+// True when the process is gone or only a zombie waiting for a reaper.
+bool is_ended(const std::string& a_pid) {
+    std::ifstream stat("/proc/" + a_pid + "/stat");
+    std::string line;
+    if (!std::getline(stat, line)) {
+        return true;
+    }
+    const auto state = line.find(") ");
+    return state != std::string::npos && line[state + 2] == 'Z';
+}
+
+TEST(cli_signals, an_interrupted_run_takes_its_plugin_along) {
+    cli_sandbox sandbox;
+    const fs::path pid_file = sandbox.root() / "plugin.pid";
+    // The callback entry runs without time-out: a plug-in that hangs there would outlive an
+    // interrupted qiro-lumen if nothing ended it.
+    std::ofstream(sandbox.plugins() / "hangs.py")
+        << "import os, time\n"
+           "def qiro_plugin_run_callback(request):\n"
+           "    with open(" << pid_file << ", 'w') as f:\n"
+           "        f.write(str(os.getpid()))\n"
+           "    time.sleep(300)\n";
+    std::ofstream(sandbox.plugins() / "hangs.xml")
+        << "<plugin><name>hangs</name><callback>true</callback></plugin>";
+
+    std::vector<std::string> arguments{qiro_lumen_path(), "callback", "--plugin-folder",
+                                       sandbox.plugins().string(), "hangs.py", "a", "b"};
+    std::vector<char*> argv;
+    for (auto& argument : arguments) {
+        argv.push_back(argument.data());
+    }
+    argv.push_back(nullptr);
+    std::vector<std::string> environment_text;
+    for (const auto& [name, value] : sandbox.environment) {
+        environment_text.push_back(name + "=" + value);
+    }
+    std::vector<char*> envp;
+    for (auto& entry : environment_text) {
+        envp.push_back(entry.data());
+    }
+    envp.push_back(nullptr);
+    pid_t program = 0;
+    ASSERT_EQ(posix_spawn(&program, argv[0], nullptr, nullptr, argv.data(), envp.data()), 0);
+
+    std::string plugin_pid;
+    for (auto deadline = std::chrono::steady_clock::now() + 30s;
+         plugin_pid.empty() && std::chrono::steady_clock::now() < deadline;) {
+        std::this_thread::sleep_for(50ms);
+        std::ifstream(pid_file) >> plugin_pid;
+    }
+    ASSERT_FALSE(plugin_pid.empty()) << "the plug-in never started";
+    EXPECT_FALSE(is_ended(plugin_pid));
+
+    ASSERT_EQ(::kill(program, SIGINT), 0);
+    int status = 0;
+    ASSERT_EQ(::waitpid(program, &status, 0), program);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << status;
+    auto deadline = std::chrono::steady_clock::now() + 10s;
+    while (!is_ended(plugin_pid) && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(20ms);
+    }
+    EXPECT_TRUE(is_ended(plugin_pid)) << "plug-in process " << plugin_pid << " outlived qiro-lumen";
+}
+
+} // namespace
+} // namespace qiro_plugin::cli::testing
