@@ -10,6 +10,7 @@
 #include <QCloseEvent>
 #include <QFontDatabase>
 #include <QMainWindow>
+#include <QStatusBar>
 #include <QTextCursor>
 
 #include <mutex>
@@ -85,6 +86,7 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
     utility::set_run_command_wait_hook(
         [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
 
+    m_self_window->installEventFilter(this);
     connect(m_run_debug_button, &QPushButton::clicked, this, &ui_controller::run_debug);
     connect(m_hyoki_text_field, &QLineEdit::returnPressed, this, &ui_controller::run_debug);
     connect(p_impl->m_ui.m_reload_button, &QPushButton::clicked, this, &ui_controller::reload);
@@ -94,6 +96,14 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
 }
 
 ui_controller::~ui_controller() = default;
+
+bool ui_controller::eventFilter(QObject* a_watched, QEvent* a_event) {
+    // A translator installed after the window was made renames its controls at once.
+    if (a_watched == m_self_window && a_event->type() == QEvent::LanguageChange) {
+        p_impl->m_ui.retranslateUi(m_self_window);
+    }
+    return QObject::eventFilter(a_watched, a_event);
+}
 
 QMainWindow* ui_controller::window() const {
     return m_self_window;
@@ -152,7 +162,39 @@ void ui_controller::run_debug() {
     if (!plugin) {
         return;
     }
-    p_impl->m_runner.run_debug(to_utf16(m_hyoki_text_field->text()), *plugin);
+    const run_report report =
+        p_impl->m_runner.run_debug(to_utf16(m_hyoki_text_field->text()), *plugin);
+    show_run_summary(report, to_qstring(plugin->second));
+}
+
+void ui_controller::show_run_summary(const run_report& a_report, const QString& a_file_name) {
+    QString summary;
+    switch (a_report.result) {
+    case run_report::outcome::completed:
+        if (a_report.document_parsed) {
+            summary = tr("%1 ran as %2: %3 candidates (syntax check %4 ms, run %5 ms).")
+                          .arg(a_file_name, to_qstring(a_report.module_type.value_or(u"")))
+                          .arg(a_report.candidates.size())
+                          .arg(a_report.syntax_check_ms, 0, 'f', 0)
+                          .arg(a_report.run_ms, 0, 'f', 0);
+        } else {
+            summary = tr("%1 ran as %2, but its output is not a result document: see the panes.")
+                          .arg(a_file_name, to_qstring(a_report.module_type.value_or(u"")));
+        }
+        break;
+    case run_report::outcome::not_run:
+        summary =
+            tr("No interpreter accepted %1: see the panes for what they printed.").arg(a_file_name);
+        break;
+    case run_report::outcome::failed:
+        summary = tr("The run of %1 ended with an error: %2")
+                      .arg(a_file_name, QString::fromStdString(a_report.error));
+        break;
+    case run_report::outcome::refused:
+    case run_report::outcome::entry_not_enabled:
+        return; // the alert has said it
+    }
+    m_self_window->statusBar()->showMessage(summary);
 }
 
 std::shared_ptr<abstract_qiro_plugin_instance>

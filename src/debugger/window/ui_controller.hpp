@@ -10,6 +10,7 @@
 #include <memory>
 
 class QApplication;
+class QString;
 class QComboBox;
 class QLineEdit;
 class QMainWindow;
@@ -44,10 +45,15 @@ public slots:
     void clear_std_output_text() override;
     void clear_std_error_output_text() override;
 
+protected:
+    bool eventFilter(QObject* a_watched, QEvent* a_event) override;
+
 private:
     ui_controller();
     void awake_from_nib();
     void fill_menu();
+    // One line under the panes on how the run went: language, candidates, timings.
+    void show_run_summary(const run_report& a_report, const QString& a_file_name);
     void start_progress() override;
     void stop_progress() override;
     void show_alert(const std::string& a_key) override;

@@ -13,6 +13,7 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -189,6 +190,9 @@ private slots:
                      !text.endsWith(QStringLiteral("\n\n\n")),
                  qPrintable(text.right(40)));
         QVERIFY(text.contains(QStringLiteral("<title>変換</title>")));
+        const QString summary = controller().window()->statusBar()->currentMessage();
+        QVERIFY2(summary.startsWith(QStringLiteral("sample_python.py ran as Python: 2 candidates")),
+                 qPrintable(summary));
         // Each of the four appends (two per command) ends in one line break; an empty
         // standard error still gets its own.
         QCOMPARE(std_error()->toPlainText(), QStringLiteral("\n\n"));
@@ -238,7 +242,18 @@ private slots:
         QCOMPARE(m_alerts, QStringList{localized("AlertRunDebugError")});
         QVERIFY(!progress()->isVisible());
         QCOMPARE(std_output()->toPlainText(), QStringLiteral("before the failure\n"));
+        QVERIFY(controller().window()->statusBar()->currentMessage().endsWith(
+            QStringLiteral("ended with an error: instance could not be made")));
         controller().runner().set_instance_factory({});
+    }
+
+    void japanese_locale_translates_controls_and_alerts() {
+        install_window_translations(*qApp, QLocale(QLocale::Japanese));
+        QTRY_COMPARE(run_button()->text(), QStringLiteral("実行(&R)"));
+        run_with(QString());
+        QCOMPARE(m_alerts, QStringList{QStringLiteral("プラグインに渡す表記を入力してください。")});
+        install_window_translations(*qApp, QLocale(QLocale::English));
+        QTRY_COMPARE(run_button()->text(), QStringLiteral("&Run"));
     }
 };
 

@@ -48,4 +48,23 @@
         <translation>プラグインファイル（.py .rb .pl と、必要ならその設定文書 .xml）をこのプログラムの横の plugin フォルダに置き、「再読み込み」を押してください。「実行」は選んだプラグインの文法を確かめてから、プラグインマネージャと同じ方法で表記を渡して実行します。上の枠にはインタプリタの標準出力（文法チェックの返答と結果文書）、下の枠には標準エラー出力が表示されます。</translation>
     </message>
 </context>
+<context>
+    <name>qiro_plugin::debugger::ui_controller</name>
+    <message>
+        <source>%1 ran as %2: %3 candidates (syntax check %4 ms, run %5 ms).</source>
+        <translation>%1 を %2 で実行しました: 候補 %3 件（文法チェック %4 ms、実行 %5 ms）。</translation>
+    </message>
+    <message>
+        <source>%1 ran as %2, but its output is not a result document: see the panes.</source>
+        <translation>%1 を %2 で実行しましたが、出力が結果文書ではありません。出力枠を見てください。</translation>
+    </message>
+    <message>
+        <source>No interpreter accepted %1: see the panes for what they printed.</source>
+        <translation>%1 を受け付けたインタプリタがありませんでした。出力枠にその出力があります。</translation>
+    </message>
+    <message>
+        <source>The run of %1 ended with an error: %2</source>
+        <translation>%1 の実行がエラーで終わりました: %2</translation>
+    </message>
+</context>
 </TS>
