@@ -24,20 +24,9 @@ void close_quietly(int& a_descriptor) {
 
 } // namespace
 
-process_result run_process(const std::vector<std::string>& a_arguments,
-                           const std::map<std::string, std::string>& a_environment,
-                           const std::string& a_input) {
-    int input[2], output[2], error[2];
-    if (::pipe2(input, O_CLOEXEC) != 0 || ::pipe2(output, O_CLOEXEC) != 0 ||
-        ::pipe2(error, O_CLOEXEC) != 0) {
-        throw std::runtime_error("pipe failed");
-    }
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input[0], 0);
-    posix_spawn_file_actions_adddup2(&actions, output[1], 1);
-    posix_spawn_file_actions_adddup2(&actions, error[1], 2);
-
+pid_t spawn_process(const std::vector<std::string>& a_arguments,
+                    const std::map<std::string, std::string>& a_environment,
+                    const posix_spawn_file_actions_t* a_actions) {
     std::vector<char*> argv;
     for (const auto& argument : a_arguments) {
         argv.push_back(const_cast<char*>(argument.c_str()));
@@ -52,9 +41,34 @@ process_result run_process(const std::vector<std::string>& a_arguments,
         envp.push_back(entry.data());
     }
     envp.push_back(nullptr);
+    pid_t child = 0;
+    if (posix_spawn(&child, argv[0], a_actions, nullptr, argv.data(), envp.data()) != 0) {
+        throw std::runtime_error("cannot start " + a_arguments.front());
+    }
+    return child;
+}
+
+process_result run_process(const std::vector<std::string>& a_arguments,
+                           const std::map<std::string, std::string>& a_environment,
+                           const std::string& a_input) {
+    int input[2], output[2], error[2];
+    if (::pipe2(input, O_CLOEXEC) != 0 || ::pipe2(output, O_CLOEXEC) != 0 ||
+        ::pipe2(error, O_CLOEXEC) != 0) {
+        throw std::runtime_error("pipe failed");
+    }
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, input[0], 0);
+    posix_spawn_file_actions_adddup2(&actions, output[1], 1);
+    posix_spawn_file_actions_adddup2(&actions, error[1], 2);
 
     pid_t child = 0;
-    const int spawned = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), envp.data());
+    int spawned = 0;
+    try {
+        child = spawn_process(a_arguments, a_environment, &actions);
+    } catch (const std::runtime_error&) {
+        spawned = -1;
+    }
     posix_spawn_file_actions_destroy(&actions);
     ::close(input[0]);
     ::close(output[1]);

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <map>
+#include <spawn.h>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,12 @@ struct process_result {
     std::string out;
     std::string err;
 };
+
+// Starts a program with exactly the given environment and returns its id; throws when it
+// cannot be started.
+pid_t spawn_process(const std::vector<std::string>& a_arguments,
+                    const std::map<std::string, std::string>& a_environment,
+                    const posix_spawn_file_actions_t* a_actions = nullptr);
 
 // Runs a program with exactly the given environment, feeding a_input to its standard input.
 process_result run_process(const std::vector<std::string>& a_arguments,

@@ -5,11 +5,9 @@
 #include <chrono>
 #include <csignal>
 #include <fstream>
-#include <spawn.h>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
-#include <vector>
 
 namespace qiro_plugin::cli::testing {
 namespace {
@@ -33,33 +31,19 @@ TEST(cli_signals, an_interrupted_run_takes_its_plugin_along) {
     const fs::path pid_file = sandbox.root() / "plugin.pid";
     // The callback entry runs without time-out: a plug-in that hangs there would outlive an
     // interrupted qiro-lumen if nothing ended it.
-    std::ofstream(sandbox.plugins() / "hangs.py")
-        << "import os, time\n"
-           "def qiro_plugin_run_callback(request):\n"
-           "    with open(" << pid_file << ", 'w') as f:\n"
-           "        f.write(str(os.getpid()))\n"
-           "    time.sleep(300)\n";
+    std::ofstream(sandbox.plugins() / "hangs.py") << "import os, time\n"
+                                                     "def qiro_plugin_run_callback(request):\n"
+                                                     "    with open("
+                                                  << pid_file
+                                                  << ", 'w') as f:\n"
+                                                     "        f.write(str(os.getpid()))\n"
+                                                     "    time.sleep(300)\n";
     std::ofstream(sandbox.plugins() / "hangs.xml")
         << "<plugin><name>hangs</name><callback>true</callback></plugin>";
 
-    std::vector<std::string> arguments{qiro_lumen_path(), "callback", "--plugin-folder",
-                                       sandbox.plugins().string(), "hangs.py", "a", "b"};
-    std::vector<char*> argv;
-    for (auto& argument : arguments) {
-        argv.push_back(argument.data());
-    }
-    argv.push_back(nullptr);
-    std::vector<std::string> environment_text;
-    for (const auto& [name, value] : sandbox.environment) {
-        environment_text.push_back(name + "=" + value);
-    }
-    std::vector<char*> envp;
-    for (auto& entry : environment_text) {
-        envp.push_back(entry.data());
-    }
-    envp.push_back(nullptr);
-    pid_t program = 0;
-    ASSERT_EQ(posix_spawn(&program, argv[0], nullptr, nullptr, argv.data(), envp.data()), 0);
+    const pid_t program = spawn_process({qiro_lumen_path(), "callback", "--plugin-folder",
+                                         sandbox.plugins().string(), "hangs.py", "a", "b"},
+                                        sandbox.environment);
 
     std::string plugin_pid;
     for (auto deadline = std::chrono::steady_clock::now() + 30s;
