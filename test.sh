@@ -11,6 +11,8 @@ if [[ "${1:-}" == "--sanitize" ]]; then
     # GCC 12 reports false warnings inside libstdc++ under the sanitizers, so they do not
     # stop this build; the normal build keeps warnings as errors.
     cmake_args+=(-DQIRO_SANITIZE=address,undefined -DQIRO_BUILD_BENCH=OFF -DQIRO_WERROR=OFF)
+    export LSAN_OPTIONS="suppressions=$root/tests/sanitizer/lsan.supp"
+    export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
 fi
 "$root/scripts/setup.sh" "$build_dir" "${cmake_args[@]}"
 export PATH="/usr/bin:/bin:$PATH"
