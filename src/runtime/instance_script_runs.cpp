@@ -17,6 +17,20 @@ std::string make_port_argument(std::uint32_t a_port) {
     return quote_argument(std::to_string(a_port));
 }
 
+// The proxy values that both request records carry, in the order the bridges read them.
+template <typename request_record>
+std::string make_proxy_arguments(const request_record& a_record) {
+    std::string arguments;
+    arguments +=
+        make_text_argument(get_record_text(a_record.proxy_address, a_record.proxy_address_length));
+    arguments += make_port_argument(a_record.proxy_port);
+    arguments += make_text_argument(
+        get_record_text(a_record.proxy_username, a_record.proxy_username_length));
+    arguments += make_text_argument(
+        get_record_text(a_record.proxy_password, a_record.proxy_password_length));
+    return arguments;
+}
+
 message_script::candidate
 make_candidate(const xml_access_library::script_load::candidate_data& a_data) {
     message_script::candidate item;
@@ -84,13 +98,7 @@ bool qiro_plugin_instance_script::run_processing(
         get_record_text(a_request.composition_string, a_request.composition_string_length));
     arguments += make_text_argument(
         get_record_text(a_request.reading_string, a_request.reading_string_length));
-    arguments += make_text_argument(
-        get_record_text(a_request.proxy_address, a_request.proxy_address_length));
-    arguments += make_port_argument(a_request.proxy_port);
-    arguments += make_text_argument(
-        get_record_text(a_request.proxy_username, a_request.proxy_username_length));
-    arguments += make_text_argument(
-        get_record_text(a_request.proxy_password, a_request.proxy_password_length));
+    arguments += make_proxy_arguments(a_request);
     if (p_impl->m_plugin_preference_data.preference) {
         arguments += p_impl->make_preference_path_argument();
     }
@@ -138,13 +146,7 @@ bool qiro_plugin_instance_script::run_callback(
         get_record_text(a_callback.candidate_string, a_callback.candidate_string_length));
     arguments += make_text_argument(
         get_record_text(a_callback.composition_string, a_callback.composition_string_length));
-    arguments += make_text_argument(
-        get_record_text(a_callback.proxy_address, a_callback.proxy_address_length));
-    arguments += make_port_argument(a_callback.proxy_port);
-    arguments += make_text_argument(
-        get_record_text(a_callback.proxy_username, a_callback.proxy_username_length));
-    arguments += make_text_argument(
-        get_record_text(a_callback.proxy_password, a_callback.proxy_password_length));
+    arguments += make_proxy_arguments(a_callback);
     if (p_impl->m_plugin_preference_data.preference) {
         arguments += p_impl->make_preference_path_argument();
     }
