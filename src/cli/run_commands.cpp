@@ -3,12 +3,21 @@
 #include "cli/cli_support.hpp"
 #include "cli/report_output.hpp"
 #include "debugger/core/debug_runner.hpp"
+#include "debugger/core/localized_texts.hpp"
 
 #include <iostream>
 
 namespace qiro_plugin::cli {
 
 namespace {
+
+// The exception's own text, then what it means for the author when that is known.
+void print_run_error(const std::string& a_error) {
+    print_error("the run ended with an error: " + a_error);
+    if (const auto hint = debugger::run_error_hint(a_error); !hint.empty()) {
+        print_error(to_utf8(hint));
+    }
+}
 
 using debugger::run_report;
 
@@ -41,7 +50,7 @@ int entry_status(const run_report& a_report, const debugger::plugin_entry& a_plu
     case run_report::outcome::completed:
         return exit_success;
     case run_report::outcome::failed:
-        print_error("the run ended with an error: " + a_report.error);
+        print_run_error(a_report.error);
         return exit_run_error;
     }
     return exit_run_error;
@@ -86,7 +95,7 @@ int command_run(const run_options& a_options) {
         return exit_not_run;
     case run_report::outcome::failed:
         if (!a_options.json) {
-            print_error("the run ended with an error: " + report.error);
+            print_run_error(report.error);
         }
         return exit_run_error;
     default:

@@ -261,6 +261,20 @@ TEST_F(cli_run, bad_usage_and_run_errors_have_their_own_statuses) {
     const auto report = parse_json(result);
     EXPECT_NE(report["error"], "");
     EXPECT_NE(result.err.find("The plug-in run ended with an error."), std::string::npos);
+    fs::remove(sandbox.home() / "Library" / "Preferences" / "QIRO Lumen");
+
+    // Output in a legacy encoding ends the run; the author is told what it means.
+    std::ofstream(sandbox.plugins() / "prints_shift_jis.py")
+        << "import sys\n"
+           "def qiro_plugin_run_process(request):\n"
+           "    sys.stdout.buffer.write(b'\\x82\\xa0\\n')\n"
+           "    sys.stdout.flush()\n"
+           "    return {'candidate': [{'hyoki': 'x'}]}\n";
+    result = sandbox.run(
+        {"run", "--plugin-folder", sandbox.plugins().string(), "prints_shift_jis.py", "a"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_NE(result.err.find("::MultiByteUTF8ToWideChar() : failed"), std::string::npos);
+    EXPECT_NE(result.err.find("not UTF-8"), std::string::npos) << result.err;
 }
 
 TEST_F(cli_run, sample_plugins_beside_the_program_show_every_candidate_field) {

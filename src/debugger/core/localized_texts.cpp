@@ -10,7 +10,7 @@ namespace qiro_plugin::debugger {
 
 namespace {
 
-constexpr std::array<localized_text_entry, 5> table{{
+constexpr std::array<localized_text_entry, 9> table{{
     {ALERT_RELOAD_ERROR, "No plug-in file (.pl, .py or .rb) was found in the plugin folder.",
      "plugin フォルダにプラグインファイル（.pl、.py、.rb）が見つかりませんでした。"},
     {ALERT_EMPTY_HYOKI, "Enter the written form (hyoki) to hand to the plug-in.",
@@ -20,6 +20,22 @@ constexpr std::array<localized_text_entry, 5> table{{
     {ALERT_RUN_DEBUG_ERROR, "The plug-in run ended with an error.",
      "プラグインの実行中にエラーが発生しました。"},
     {"keyDeleteX", "Forward Delete", "前方削除"},
+    {HINT_OUTPUT_NOT_UTF8,
+     "The interpreter printed bytes that are not UTF-8, for example text the plug-in printed in "
+     "Shift_JIS or EUC-JP. Print UTF-8 only.",
+     "インタプリタが UTF-8 でないバイト列を出力しました（プラグインが Shift_JIS や EUC-JP "
+     "で出力した文字など）。UTF-8 だけを出力してください。"},
+    {HINT_BRIDGE_FILE_NOT_WRITTEN,
+     "The bridge script could not be written to the data folder ~/Library/Preferences/QIRO "
+     "Lumen/. Check that the folder is writable and holds no file of the same name.",
+     "データフォルダ ~/Library/Preferences/QIRO Lumen/ にブリッジスクリプトを書き込めません"
+     "でした。フォルダに書き込めること、同じ名前のファイルがないことを確かめてください。"},
+    {HINT_DATA_FOLDER_MISSING,
+     "The data folder ~/Library/Preferences/QIRO Lumen/ could not be found or created.",
+     "データフォルダ ~/Library/Preferences/QIRO Lumen/ が見つからず、作ることもできませんでした。"},
+    {HINT_TEXT_NOT_CONVERTIBLE,
+     "A text holds a broken UTF-16 sequence (a lone surrogate) and cannot be passed on.",
+     "UTF-16 として壊れた文字（対になっていないサロゲート）を含むテキストは渡せません。"},
 }};
 
 } // namespace
@@ -37,6 +53,21 @@ utf16_string localized_text(std::string_view a_key, text_language a_language) {
         }
     }
     return {};
+}
+
+utf16_string run_error_hint(const std::string& a_error) {
+    // The error texts are the system's own; each maps to what an author can do about it.
+    const char* key = nullptr;
+    if (a_error == "::MultiByteUTF8ToWideChar() : failed") {
+        key = HINT_OUTPUT_NOT_UTF8;
+    } else if (a_error == "script_file_access::script_file_access() : fault.") {
+        key = HINT_BRIDGE_FILE_NOT_WRITTEN;
+    } else if (a_error.starts_with("utility::get_qiro_user_folder() call error")) {
+        key = HINT_DATA_FOLDER_MISSING;
+    } else if (a_error == "::WideCharToMultiByteShiftJis() : failed") {
+        key = HINT_TEXT_NOT_CONVERTIBLE;
+    }
+    return key == nullptr ? utf16_string() : utility::localized_string(key);
 }
 
 text_language language_from_environment() {

@@ -13,6 +13,10 @@ inline constexpr const char* ALERT_RELOAD_ERROR = "AlertReloadError";
 inline constexpr const char* ALERT_EMPTY_HYOKI = "AlertEmptyHyoki";
 inline constexpr const char* ALERT_TOO_LONG_HYOKI = "AlertTooLongHyoki";
 inline constexpr const char* ALERT_RUN_DEBUG_ERROR = "AlertRunDebugError";
+inline constexpr const char* HINT_OUTPUT_NOT_UTF8 = "HintOutputNotUtf8";
+inline constexpr const char* HINT_BRIDGE_FILE_NOT_WRITTEN = "HintBridgeFileNotWritten";
+inline constexpr const char* HINT_DATA_FOLDER_MISSING = "HintDataFolderMissing";
+inline constexpr const char* HINT_TEXT_NOT_CONVERTIBLE = "HintTextNotConvertible";
 
 enum class text_language { english, japanese };
 
@@ -32,6 +36,10 @@ utf16_string localized_text(std::string_view a_key, text_language a_language);
 
 // Japanese when the locale variables (LC_ALL, then LC_MESSAGES, then LANG) name it, else English.
 text_language language_from_environment();
+
+// What an exception text that ended a run means for the plug-in author, in the installed
+// language; empty for texts without advice.
+utf16_string run_error_hint(const std::string& a_error);
 
 // Installs the table as the process-wide lookup behind utility::localized_string.
 void install_localized_text_provider(text_language a_language);

@@ -1,5 +1,6 @@
 #include "debugger/window/ui_controller.hpp"
 
+#include "debugger/core/localized_texts.hpp"
 #include "debugger/core/script_instance_factory.hpp"
 #include "debugger/window/alert_box.hpp"
 #include "platform/command_runner.hpp"
@@ -189,6 +190,9 @@ void ui_controller::show_run_summary(const run_report& a_report, const QString& 
     case run_report::outcome::failed:
         summary = tr("The run of %1 ended with an error: %2")
                       .arg(a_file_name, QString::fromStdString(a_report.error));
+        if (const auto hint = run_error_hint(a_report.error); !hint.empty()) {
+            summary += QLatin1Char(' ') + to_qstring(hint);
+        }
         break;
     case run_report::outcome::refused:
     case run_report::outcome::entry_not_enabled:

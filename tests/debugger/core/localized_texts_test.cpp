@@ -31,6 +31,19 @@ TEST(localized_texts, every_key_has_both_texts_and_reaches_the_process_wide_look
     utility::set_localized_string_provider({});
 }
 
+TEST(localized_texts, run_errors_the_author_can_act_on_get_a_hint) {
+    install_localized_text_provider(text_language::english);
+    EXPECT_EQ(run_error_hint("::MultiByteUTF8ToWideChar() : failed"),
+              localized_text(HINT_OUTPUT_NOT_UTF8, text_language::english));
+    EXPECT_EQ(run_error_hint("script_file_access::script_file_access() : fault."),
+              localized_text(HINT_BRIDGE_FILE_NOT_WRITTEN, text_language::english));
+    EXPECT_EQ(run_error_hint("utility::get_qiro_user_folder() call error2"),
+              localized_text(HINT_DATA_FOLDER_MISSING, text_language::english));
+    EXPECT_TRUE(run_error_hint("qiro_plugin_instance_script::run_processing() : fault1.").empty());
+    EXPECT_TRUE(run_error_hint("").empty());
+    utility::set_localized_string_provider({});
+}
+
 TEST(localized_texts, language_follows_the_locale_variables_in_order) {
     setenv("LC_ALL", "", 1);
     setenv("LC_MESSAGES", "ja_JP.UTF-8", 1);
