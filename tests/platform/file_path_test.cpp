@@ -10,70 +10,50 @@ namespace {
 
 using qiro_plugin::utf16_string;
 using namespace qiro_plugin::utility;
+namespace fs = std::filesystem;
 
-utf16_string utf16_of(const std::filesystem::path& a_path) {
-    return a_path.u16string();
-}
+TEST(file_path, make_file_path_resolves_links_and_leaves_missing_paths_unchanged) {
+    platform_test::scratch_folder scratch;
+    const fs::path root = fs::canonical(scratch.path());
+    fs::create_directories(root / "real" / "sub");
+    platform_test::write_file(root / "real" / "Script.py", "print(1)\n");
+    fs::create_directory_symlink(root / "real", root / "link");
+    fs::create_symlink(root / "real" / "Script.py", root / "real" / "alias");
+    fs::create_symlink(root / "nowhere", root / "real" / "dangling");
+    const utf16_string real = (root / "real").u16string() + u"/";
 
-class file_path_test : public ::testing::Test {
-protected:
-    void SetUp() override {
-        m_root = std::filesystem::canonical(m_scratch.path());
-        std::filesystem::create_directories(m_root / "real" / "sub");
-        platform_test::write_file(m_root / "real" / "Script.py", "print(1)\n");
-        std::filesystem::create_directory_symlink(m_root / "real", m_root / "link");
-        std::filesystem::create_symlink(m_root / "real" / "Script.py", m_root / "real" / "alias");
-        std::filesystem::create_symlink(m_root / "nowhere", m_root / "real" / "dangling");
+    struct {
+        utf16_string folder;
+        utf16_string name;
+        bool found;
+        utf16_string resolved_folder;
+        utf16_string resolved_name;
+    } const cases[] = {
+        {(root / "link").u16string(), u"Script.py", true, real, u"Script.py"},
+        {(root / "link/sub/..").u16string() + u"/", u"alias", true, real, u"Script.py"},
+        // A folder alone resolves too: its last component becomes the name.
+        {root.u16string(), u"link", true, root.u16string() + u"/", u"real"},
+        {real, u"absent.py", false, real, u"absent.py"},
+        {real, u"dangling", false, real, u"dangling"},
+        {real, u"Script.py/inner", false, real, u"Script.py/inner"},
+        // Letter case is not folded on a case-sensitive file system.
+        {real, u"script.PY", false, real, u"script.PY"},
+    };
+    for (const auto& example : cases) {
+        utf16_string folder = example.folder;
+        utf16_string name = example.name;
+        EXPECT_EQ(makeFilePath(folder, name), example.found) << fs::path(example.name);
+        EXPECT_EQ(folder, example.resolved_folder) << fs::path(example.name);
+        EXPECT_EQ(name, example.resolved_name);
     }
 
-    platform_test::scratch_folder m_scratch;
-    std::filesystem::path m_root;
-};
-
-TEST_F(file_path_test, make_file_path_resolves_links_and_dot_components) {
-    const utf16_string expected_folder = utf16_of(m_root / "real") + u"/";
-
-    utf16_string folder = utf16_of(m_root / "link");
-    utf16_string name = u"Script.py";
-    ASSERT_TRUE(makeFilePath(folder, name));
-    EXPECT_EQ(folder, expected_folder);
-    EXPECT_EQ(name, u"Script.py");
-
-    folder = utf16_of(m_root / "link" / "sub" / "..") + u"/";
-    name = u"alias";
-    ASSERT_TRUE(makeFilePath(folder, name));
-    EXPECT_EQ(folder, expected_folder);
-    EXPECT_EQ(name, u"Script.py");
-
-    // A folder alone resolves too: its last component becomes the name.
-    folder = utf16_of(m_root);
-    name = u"link";
-    ASSERT_TRUE(makeFilePath(folder, name));
-    EXPECT_EQ(folder, utf16_of(m_root) + u"/");
-    EXPECT_EQ(name, u"real");
-}
-
-TEST_F(file_path_test, make_file_path_leaves_missing_paths_unchanged) {
-    for (const utf16_string missing : {u"absent.py", u"dangling", u"Script.py/inner"}) {
-        utf16_string folder = utf16_of(m_root / "real") + u"/";
-        utf16_string name = missing;
-        EXPECT_FALSE(makeFilePath(folder, name));
-        EXPECT_EQ(folder, utf16_of(m_root / "real") + u"/");
-        EXPECT_EQ(name, missing);
-    }
-    // Letter case is not folded on a case-sensitive file system.
-    utf16_string folder = utf16_of(m_root / "real");
-    utf16_string name = u"script.PY";
-    EXPECT_FALSE(makeFilePath(folder, name));
-}
-
-TEST_F(file_path_test, existence_and_name_helpers) {
-    EXPECT_TRUE(check_file_existence(utf16_of(m_root / "real" / "Script.py")));
-    EXPECT_TRUE(check_file_existence(utf16_of(m_root / "link")));
-    EXPECT_FALSE(check_file_existence(utf16_of(m_root / "real" / "dangling")));
-    EXPECT_FALSE(check_file_existence(utf16_of(m_root / "absent")));
+    EXPECT_TRUE(check_file_existence(real + u"Script.py"));
+    EXPECT_TRUE(check_file_existence((root / "link").u16string()));
+    EXPECT_FALSE(check_file_existence(real + u"dangling"));
     EXPECT_FALSE(check_file_existence(u""));
+}
 
+TEST(file_path, file_name_helpers) {
     EXPECT_EQ(get_real_file_name(u"/any/", u"Mixed.Rb"), u"Mixed.Rb");
     EXPECT_EQ(get_convert_path(u"/a/B c/"), u"/a/B c/");
     EXPECT_EQ(convert_unique_file_name(u"Test.py"), u"TEST.PY");

@@ -1,19 +1,46 @@
 #pragma once
-// Scratch folders, environment overrides and a view of this process's children for the tests.
+// Scratch folders, a scratch home, file modes and a view of this process's children for the tests.
 
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <optional>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <sys/stat.h>
 #include <sys/types.h>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace platform_test {
 
+inline std::string read_file(const std::filesystem::path& a_path) {
+    std::ifstream stream(a_path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+inline void write_file(const std::filesystem::path& a_path, const std::string& a_bytes) {
+    std::ofstream(a_path, std::ios::binary | std::ios::trunc) << a_bytes;
+}
+
 // A fresh folder under the system's temporary folder, removed with everything in it.
 class scratch_folder {
 public:
-    scratch_folder();
-    ~scratch_folder();
+    scratch_folder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "qiro_XXXXXX").string();
+        if (::mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("mkdtemp failed");
+        }
+        m_path = pattern;
+    }
+    ~scratch_folder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
     scratch_folder(const scratch_folder&) = delete;
     scratch_folder& operator=(const scratch_folder&) = delete;
     const std::filesystem::path& path() const { return m_path; }
@@ -22,45 +49,56 @@ private:
     std::filesystem::path m_path;
 };
 
-// Sets (or with nullopt, unsets) an environment variable and restores it afterwards.
-class environment_override {
+// HOME pointed at a fresh scratch folder for the lifetime of the object, then restored.
+class scratch_home : public scratch_folder {
 public:
-    environment_override(const char* a_name, const std::optional<std::string>& a_value);
-    ~environment_override();
-    environment_override(const environment_override&) = delete;
-    environment_override& operator=(const environment_override&) = delete;
+    scratch_home() {
+        if (const char* previous = std::getenv("HOME")) {
+            m_previous = previous;
+        }
+        ::setenv("HOME", path().c_str(), 1);
+    }
+    ~scratch_home() { m_previous ? ::setenv("HOME", m_previous->c_str(), 1) : ::unsetenv("HOME"); }
 
 private:
-    std::string m_name;
     std::optional<std::string> m_previous;
 };
 
-// HOME pointed at a fresh scratch folder for the lifetime of the object.
-class scratch_home {
-public:
-    scratch_home() : m_home("HOME", m_folder.path().string()) {}
-    const std::filesystem::path& path() const { return m_folder.path(); }
+inline unsigned mode_of(const std::filesystem::path& a_path) {
+    struct stat status {};
+    return ::stat(a_path.c_str(), &status) == 0 ? status.st_mode & 07777 : 01000000;
+}
 
-private:
-    scratch_folder m_folder;
-    environment_override m_home;
-};
+// How many of this process's children (a_group 0, zombies included) or living members of
+// a_group exist: a dead member orphaned by its shell waits as a zombie for init, which some
+// containers' init never reaps, yet it is gone all the same.
+inline std::size_t count_processes(pid_t a_group = 0) {
+    std::size_t count = 0;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc", ignored)) {
+        if (entry.path().filename().string().find_first_not_of("0123456789") != std::string::npos) {
+            continue;
+        }
+        const std::string stat = read_file(entry.path() / "stat");
+        // The command name may hold blanks and parentheses; the fields follow the last ")".
+        // A process gone meanwhile leaves an empty text, and npos + 1 is 0.
+        std::istringstream fields(stat.substr(stat.rfind(')') + 1));
+        char state = '?';
+        pid_t parent = 0;
+        pid_t group = 0;
+        fields >> state >> parent >> group;
+        count += fields && (a_group == 0 ? parent == ::getpid()
+                                         : group == a_group && state != 'Z' && state != 'X');
+    }
+    return count;
+}
 
-struct process_entry {
-    pid_t pid;
-    char state;
-    pid_t parent;
-    pid_t group;
-};
-
-// Every process visible in /proc, with its state, parent and process group.
-std::vector<process_entry> list_processes();
-// This process's children (zombies included).
-std::vector<process_entry> own_children();
-// Members of the process group, zombies included.
-std::vector<process_entry> group_members(pid_t a_group);
-
-std::string read_file(const std::filesystem::path& a_path);
-void write_file(const std::filesystem::path& a_path, const std::string& a_bytes);
+// The count_processes(a_group) still there after waiting up to 5 s for them to go.
+inline std::size_t processes_left(pid_t a_group = 0) {
+    for (int i = 0; i < 250 && count_processes(a_group) > 0; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return count_processes(a_group);
+}
 
 } // namespace platform_test
