@@ -14,19 +14,8 @@ namespace qiro_test {
 
 namespace {
 
-std::optional<std::string> take_environment(const char* a_name) {
-    const char* value = std::getenv(a_name);
-    return value == nullptr ? std::nullopt : std::optional<std::string>(value);
-}
-
-void restore_environment(const char* a_name, const std::optional<std::string>& a_value) {
-    if (a_value) {
-        setenv(a_name, a_value->c_str(), 1);
-    } else {
-        unsetenv(a_name);
-    }
-}
-
+// The store keeps unwritten changes per domain for the whole process; one test's must not
+// reach the next.
 void forget_unwritten_changes() {
     using qiro_plugin::preferences::preference_scope;
     for (const char* domain :
@@ -40,10 +29,7 @@ void forget_unwritten_changes() {
 
 } // namespace
 
-private_home::private_home(bool a_isolate_keyring)
-    : m_saved_home(take_environment("HOME")),
-      m_saved_machine(take_environment("QIRO_MACHINE_PREFERENCES_DIR")),
-      m_saved_bus(take_environment("DBUS_SESSION_BUS_ADDRESS")) {
+private_home::private_home(bool a_isolate_keyring) {
     std::string pattern =
         (std::filesystem::temp_directory_path() / "qiro-settings-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) {
@@ -62,9 +48,6 @@ private_home::private_home(bool a_isolate_keyring)
 
 private_home::~private_home() {
     forget_unwritten_changes();
-    restore_environment("HOME", m_saved_home);
-    restore_environment("QIRO_MACHINE_PREFERENCES_DIR", m_saved_machine);
-    restore_environment("DBUS_SESSION_BUS_ADDRESS", m_saved_bus);
     std::error_code error;
     std::filesystem::remove_all(m_root, error);
 }
@@ -79,28 +62,19 @@ std::filesystem::path private_home::machine_file(const std::string& a_domain) co
 
 void write_file(const std::filesystem::path& a_path, const std::string& a_bytes) {
     std::filesystem::create_directories(a_path.parent_path());
-    std::ofstream stream(a_path, std::ios::binary);
-    stream << a_bytes;
-    if (!stream) {
-        throw std::runtime_error("cannot write " + a_path.string());
-    }
+    std::ofstream(a_path, std::ios::binary) << a_bytes;
 }
 
 std::string read_file(const std::filesystem::path& a_path) {
-    std::ifstream stream(a_path, std::ios::binary);
     std::ostringstream bytes;
-    bytes << stream.rdbuf();
+    bytes << std::ifstream(a_path, std::ios::binary).rdbuf();
     return bytes.str();
 }
 
 void write_plist_file(const std::filesystem::path& a_path,
                       const qiro_plugin::preferences::preference_value& a_root,
                       qiro_plugin::preferences::plist_format a_format) {
-    const auto bytes = qiro_plugin::preferences::write_plist(a_root, a_format);
-    if (!bytes) {
-        throw std::runtime_error("cannot make a plist");
-    }
-    write_file(a_path, *bytes);
+    write_file(a_path, qiro_plugin::preferences::write_plist(a_root, a_format).value());
 }
 
 qiro_plugin::preferences::preference_value read_plist_file(const std::filesystem::path& a_path) {

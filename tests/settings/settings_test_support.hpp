@@ -5,7 +5,6 @@
 #include "settings/preference_value.hpp"
 
 #include <filesystem>
-#include <optional>
 #include <string>
 
 namespace qiro_test {
@@ -25,9 +24,6 @@ public:
 
 private:
     std::filesystem::path m_root;
-    std::optional<std::string> m_saved_home;
-    std::optional<std::string> m_saved_machine;
-    std::optional<std::string> m_saved_bus;
 };
 
 void write_file(const std::filesystem::path& a_path, const std::string& a_bytes);
