@@ -4,8 +4,10 @@
 #include <QCoreApplication>
 #include <QTimer>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
+#include <thread>
 
 namespace qiro_test {
 
@@ -23,6 +25,20 @@ inline bool spin_until(const std::function<bool()>& a_done, std::chrono::millise
 
 inline void spin_for(std::chrono::milliseconds a_duration) {
     spin_until([] { return false; }, a_duration);
+}
+
+// Runs a_work on a thread of its own while this thread turns its event loop, as work that hops
+// to the main thread needs; returns whether it finished within a_limit.
+inline bool run_on_worker(const std::function<void()>& a_work,
+                          std::chrono::milliseconds a_limit = std::chrono::seconds(20)) {
+    std::atomic<bool> done{false};
+    std::thread worker([&] {
+        a_work();
+        done = true;
+    });
+    const bool finished = spin_until([&] { return done.load(); }, a_limit);
+    worker.join();
+    return finished;
 }
 
 } // namespace qiro_test

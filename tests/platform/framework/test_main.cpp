@@ -1,5 +1,5 @@
-// Runs the cases inside a widget application on a private home folder.
-#include <QApplication>
+// Runs the cases inside a core application, with a private folder as the home folder.
+#include <QCoreApplication>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -10,31 +10,21 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     // The D-Bus connection runs threads of its own, so death tests start afresh.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-
-    // Qt may keep caches under the home folder; death-test children reuse the parent's.
-    std::filesystem::path home;
-    if (std::getenv("QIRO_FRAMEWORK_TEST_HOME") == nullptr) {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "qiro-framework-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) {
+    // Death-test children reuse their parent's folder, which the parent removes at the end.
+    std::string folder;
+    if (std::getenv("QIRO_FRAMEWORK_TEST_FOLDER") == nullptr) {
+        folder = (std::filesystem::temp_directory_path() / "qiro-framework-XXXXXX").string();
+        if (mkdtemp(folder.data()) == nullptr) {
             return 2;
         }
-        home = pattern;
-        setenv("QIRO_FRAMEWORK_TEST_HOME", pattern.c_str(), 1);
-        setenv("HOME", pattern.c_str(), 1);
-        unsetenv("XDG_CACHE_HOME");
-        unsetenv("XDG_CONFIG_HOME");
+        setenv("QIRO_FRAMEWORK_TEST_FOLDER", folder.c_str(), 1);
+        setenv("HOME", folder.c_str(), 1);
     }
-
-    int result = 0;
-    {
-        QApplication application(argc, argv);
-        result = RUN_ALL_TESTS();
-    }
-    if (!home.empty()) {
+    QCoreApplication application(argc, argv);
+    const int result = RUN_ALL_TESTS();
+    if (!folder.empty()) {
         std::error_code ignored;
-        std::filesystem::remove_all(home, ignored);
+        std::filesystem::remove_all(folder, ignored);
     }
     return result;
 }

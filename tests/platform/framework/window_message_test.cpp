@@ -3,36 +3,33 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 using qiro_plugin::utility::register_window_message;
 
-TEST(window_message, names_map_to_their_fixed_numbers) {
-    EXPECT_EQ(register_window_message("[Qiro => PluginManager] message for Request all plugin"), 1);
-    EXPECT_EQ(
-        register_window_message("[Qiro => PluginManager] message for Request individually plugin"),
-        2);
-    EXPECT_EQ(register_window_message(
-                  "[Qiro => PluginManager] message for Request all individually plugin"),
-              3);
-    EXPECT_EQ(register_window_message("[Qiro => PluginManager] message for Customize"), 4);
-    EXPECT_EQ(register_window_message("[Qiro => PluginManager] message for Request Cancel"), 5);
-    EXPECT_EQ(register_window_message("[Qiro => PluginManager] message for Callback Request"), 6);
-    EXPECT_EQ(register_window_message("[Qiro => PluginManager] message for process complete"), 7);
-    EXPECT_EQ(register_window_message("[PluginManager => Qiro] message for Result"), 9);
-    EXPECT_EQ(register_window_message("[PluginManager => Qiro] update message for manager "
-                                      "preference and Load Plugin Info"),
-              10);
-    EXPECT_EQ(register_window_message("[PluginManager => Qiro] message for palette send"), 11);
-}
-
-TEST(window_message, only_exact_names_are_known) {
-    EXPECT_EQ(register_window_message("[PluginManager => Qiro] message for Result "), 0);
-    EXPECT_EQ(register_window_message("[Qiro => PluginManager] message for customize"), 0);
-    EXPECT_EQ(register_window_message("[PluginManager => Qiro] message for"), 0);
-    EXPECT_EQ(register_window_message(" [PluginManager => Qiro] message for Result"), 0);
-    EXPECT_EQ(register_window_message(""), 0);
+// Names are matched byte for byte, by content (each is a string of its own here), and 8 is
+// nobody's number.
+TEST(window_message, only_exact_names_map_to_their_numbers) {
+    const std::vector<std::pair<std::string, int>> table = {
+        {"[Qiro => PluginManager] message for Request all plugin", 1},
+        {"[Qiro => PluginManager] message for Request individually plugin", 2},
+        {"[Qiro => PluginManager] message for Request all individually plugin", 3},
+        {"[Qiro => PluginManager] message for Customize", 4},
+        {"[Qiro => PluginManager] message for Request Cancel", 5},
+        {"[Qiro => PluginManager] message for Callback Request", 6},
+        {"[Qiro => PluginManager] message for process complete", 7},
+        {"[PluginManager => Qiro] message for Result", 9},
+        {"[PluginManager => Qiro] update message for manager preference and Load Plugin Info", 10},
+        {"[PluginManager => Qiro] message for palette send", 11},
+        {"[PluginManager => Qiro] message for Result ", 0},
+        {" [PluginManager => Qiro] message for Result", 0},
+        {"[Qiro => PluginManager] message for customize", 0},
+        {"[PluginManager => Qiro] message for", 0},
+        {"", 0},
+    };
+    for (const auto& [name, number] : table) {
+        EXPECT_EQ(register_window_message(name.c_str()), number) << name;
+    }
     EXPECT_EQ(register_window_message(nullptr), 0);
-    // The same text in a buffer of its own: compared by content, not by address.
-    const std::string copy = "[Qiro => PluginManager] message for Customize";
-    EXPECT_EQ(register_window_message(copy.c_str()), 4);
 }
