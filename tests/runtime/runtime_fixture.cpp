@@ -12,20 +12,19 @@ namespace fs = std::filesystem;
 
 namespace qiro_test {
 
-const language_row& perl_row() {
-    static const language_row row{"perl", ".pl", u"Perl", &qiro_plugin::bridge::perl_script};
-    return row;
+namespace {
+
+qiro_plugin::utf16_string to_utf16(const std::string& a_text) {
+    return qiro_plugin::string_encode::MultiByteUTF8ToWideChar(a_text.c_str());
 }
 
-const language_row& ruby_row() {
-    static const language_row row{"ruby", ".rb", u"Ruby", &qiro_plugin::bridge::ruby_script};
-    return row;
-}
+} // namespace
 
-const language_row& python_row() {
-    static const language_row row{"python", ".py", u"Python", &qiro_plugin::bridge::python_script};
-    return row;
-}
+const language_row LANGUAGES[3] = {
+    {"perl", ".pl", u"Perl", &qiro_plugin::bridge::perl_script},
+    {"ruby", ".rb", u"Ruby", &qiro_plugin::bridge::ruby_script},
+    {"python", ".py", u"Python", &qiro_plugin::bridge::python_script},
+};
 
 void runtime_fixture::SetUp() {
     std::string pattern = (fs::temp_directory_path() / "qiro-runtime-XXXXXX").string();
@@ -45,23 +44,12 @@ void runtime_fixture::SetUp() {
         {"QIRO_TEST_ECHO_FILE", m_echo_file.string()},
     };
     for (const auto& [name, value] : environment) {
-        const char* old_value = std::getenv(name);
-        m_saved_environment.emplace_back(
-            name, old_value != nullptr ? std::optional<std::string>(old_value) : std::nullopt);
         setenv(name, value.c_str(), 1);
     }
 }
 
 void runtime_fixture::TearDown() {
-    for (const auto& [name, value] : m_saved_environment) {
-        if (value) {
-            setenv(name.c_str(), value->c_str(), 1);
-        } else {
-            unsetenv(name.c_str());
-        }
-    }
     std::error_code ignored;
-    fs::permissions(m_root, fs::perms::owner_all, fs::perm_options::add, ignored);
     fs::remove_all(m_root, ignored);
 }
 
@@ -74,9 +62,8 @@ std::vector<std::string> runtime_fixture::bridge_files() const {
     std::vector<std::string> names;
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(data_folder(), error)) {
-        const std::string name = entry.path().filename().string();
-        if (std::regex_match(name, bridge_name)) {
-            names.push_back(name);
+        if (std::regex_match(entry.path().filename().string(), bridge_name)) {
+            names.push_back(entry.path().filename().string());
         }
     }
     return names;
@@ -84,32 +71,17 @@ std::vector<std::string> runtime_fixture::bridge_files() const {
 
 void runtime_fixture::copy_fixture(const std::string& a_fixture_name, const fs::path& a_folder,
                                    const std::string& a_file_name) const {
-    const fs::path source = fs::path(QIRO_TEST_DATA_DIR) / "runtime" / a_fixture_name;
-    const std::string file_name = a_file_name.empty() ? a_fixture_name : a_file_name;
     fs::create_directories(a_folder);
-    fs::copy_file(source, a_folder / file_name, fs::copy_options::overwrite_existing);
-    fs::path companion = source;
-    companion.replace_extension(".xml");
-    if (fs::exists(companion)) {
-        fs::path target = a_folder / file_name;
-        target.replace_extension(".xml");
-        fs::copy_file(companion, target, fs::copy_options::overwrite_existing);
-    }
+    fs::copy_file(fs::path(QIRO_TEST_DATA_DIR) / "runtime" / a_fixture_name,
+                  a_folder / (a_file_name.empty() ? a_fixture_name : a_file_name));
 }
 
 std::unique_ptr<qiro_plugin::qiro_plugin_instance_script>
 runtime_fixture::make_instance(const fs::path& a_folder, const std::string& a_file_name,
-                               const language_row& a_row) const {
-    return make_instance_with_script(a_folder, a_file_name, a_row, a_row.script());
-}
-
-std::unique_ptr<qiro_plugin::qiro_plugin_instance_script>
-runtime_fixture::make_instance_with_script(const fs::path& a_folder, const std::string& a_file_name,
-                                           const language_row& a_row,
-                                           const std::string& a_script_code) const {
+                               const language_row& a_row, const std::string& a_script_code) const {
     return std::make_unique<qiro_plugin::qiro_plugin_instance_script>(
-        utf16(a_folder.string() + "/"), utf16(a_file_name), a_row.command_name, a_row.extension,
-        a_row.module_type, a_script_code);
+        to_utf16(a_folder.string() + "/"), to_utf16(a_file_name), a_row.command_name,
+        a_row.extension, a_row.module_type, a_script_code.empty() ? a_row.script() : a_script_code);
 }
 
 std::string read_file(const fs::path& a_path) {
@@ -120,25 +92,7 @@ std::string read_file(const fs::path& a_path) {
 }
 
 void write_file(const fs::path& a_path, const std::string& a_text) {
-    std::ofstream stream(a_path, std::ios::binary);
-    stream << a_text;
-}
-
-std::vector<std::string> read_lines(const fs::path& a_path) {
-    std::vector<std::string> lines;
-    std::istringstream stream(read_file(a_path));
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-std::string utf8(const qiro_plugin::utf16_string& a_text) {
-    return qiro_plugin::string_encode::WideCharToMultiByteUTF8(a_text.c_str());
-}
-
-qiro_plugin::utf16_string utf16(const std::string& a_text) {
-    return qiro_plugin::string_encode::MultiByteUTF8ToWideChar(a_text.c_str());
+    std::ofstream(a_path, std::ios::binary) << a_text;
 }
 
 } // namespace qiro_test

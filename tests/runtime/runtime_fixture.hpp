@@ -1,6 +1,6 @@
 #pragma once
-// A fresh home folder per test, /usr/bin first on PATH, and helpers to make script instances
-// and inspect the data folder.
+// A fresh home folder per test, /usr/bin first on PATH (set, not restored: every test sets its
+// own), and helpers to make script instances and inspect the data folder.
 
 #include "runtime/plugin_instance_script.hpp"
 #include "text/utf16_string.hpp"
@@ -9,7 +9,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,9 +21,11 @@ struct language_row {
     const std::string& (*script)();
 };
 
-const language_row& perl_row();
-const language_row& ruby_row();
-const language_row& python_row();
+// Perl, Ruby and Python, in that order.
+extern const language_row LANGUAGES[3];
+inline const language_row& python_row() {
+    return LANGUAGES[2];
+}
 
 class runtime_fixture : public ::testing::Test {
 protected:
@@ -35,29 +36,22 @@ protected:
     std::string data_folder() const;
     // Names in the data folder that look like bridge files.
     std::vector<std::string> bridge_files() const;
-    // Copies a fixture plug-in (and its companion .xml, if any) into a_folder.
+    // Copies tests/data/runtime/a_fixture_name into a_folder.
     void copy_fixture(const std::string& a_fixture_name, const std::filesystem::path& a_folder,
                       const std::string& a_file_name = {}) const;
+    // An instance of a_folder/a_file_name; an empty a_script_code takes the row's bridge.
     std::unique_ptr<qiro_plugin::qiro_plugin_instance_script>
     make_instance(const std::filesystem::path& a_folder, const std::string& a_file_name,
-                  const language_row& a_row) const;
-    std::unique_ptr<qiro_plugin::qiro_plugin_instance_script>
-    make_instance_with_script(const std::filesystem::path& a_folder, const std::string& a_file_name,
-                              const language_row& a_row, const std::string& a_script_code) const;
+                  const language_row& a_row = python_row(),
+                  const std::string& a_script_code = {}) const;
 
     std::filesystem::path m_root;      // removed after the test
     std::filesystem::path m_home;      // HOME during the test
     std::filesystem::path m_plugins;   // a folder for plug-in files
     std::filesystem::path m_echo_file; // where the echo plug-ins write what they saw
-
-private:
-    std::vector<std::pair<std::string, std::optional<std::string>>> m_saved_environment;
 };
 
 std::string read_file(const std::filesystem::path& a_path);
 void write_file(const std::filesystem::path& a_path, const std::string& a_text);
-std::vector<std::string> read_lines(const std::filesystem::path& a_path);
-std::string utf8(const qiro_plugin::utf16_string& a_text);
-qiro_plugin::utf16_string utf16(const std::string& a_text);
 
 } // namespace qiro_test

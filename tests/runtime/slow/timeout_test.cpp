@@ -29,13 +29,16 @@ bool is_process_gone(pid_t a_pid) {
 } // namespace
 
 TEST_F(sleeping_plugin, run_that_never_answers_is_abandoned_and_leaves_nothing) {
-    copy_fixture("sleeps_forever.py", m_plugins);
-    const auto instance = make_instance(m_plugins, "sleeps_forever.py", qiro_test::python_row());
+    qiro_test::write_file(m_plugins / "sleeps.py",
+                          "import os, time\ndef qiro_plugin_run_process(request):\n"
+                          "    with open(os.environ['QIRO_TEST_ECHO_FILE'], 'w') as echo_file:\n"
+                          "        echo_file.write(str(os.getpid()))\n"
+                          "    while True:\n        time.sleep(3600)\n");
+    const auto instance = make_instance(m_plugins, "sleeps.py");
     ASSERT_TRUE(instance->syntax_check());
 
-    qiro_plugin_request request{};
     const auto message = instance->alloc_qiro_plugin_message(nullptr, 0);
-    EXPECT_TRUE(instance->run_processing(message, request, {}));
+    EXPECT_TRUE(instance->run_processing(message, qiro_plugin_request{}, {}));
     EXPECT_TRUE(dynamic_cast<message_script&>(*message).get_candidates().empty());
     // The abandoned command changes nothing: the outputs are still the syntax check's.
     EXPECT_EQ(instance->get_last_std_output_string(), "syntax ok");

@@ -1,14 +1,11 @@
 # coding:utf-8
-# Has a settings screen and a callback. Writes what it was started with to the file named by
-# QIRO_TEST_ECHO_FILE and offers the written form back as its only candidate.
+# Writes how it was started to the file named by QIRO_TEST_ECHO_FILE; offers the written form.
 import os
 import sys
 
 
 def echo(method, request):
-    lines = ["method:" + method]
-    lines += ["argv:" + argument for argument in sys.orig_argv]
-    lines.append("cwd:" + os.getcwd())
+    lines = ["method:" + method, "cwd:" + os.getcwd()] + ["argv:" + a for a in sys.orig_argv]
     lines += ["request:%s=%s" % (key, request[key]) for key in sorted(request)]
     with open(os.environ["QIRO_TEST_ECHO_FILE"], "w", encoding="utf-8") as echo_file:
         echo_file.write("\n".join(lines) + "\n")
