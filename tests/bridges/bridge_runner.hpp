@@ -1,12 +1,40 @@
 #pragma once
 // Runs a decoded bridge the way the host does: a shell command line in a scratch data folder.
 
+#include "bridges/bridge_scripts.hpp"
+#include "bridges/protocol.hpp"
+#include "text/url_xml_escape.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cctype>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <ostream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace qiro_plugin::test {
+
+struct language {
+    const char* name; // also the interpreter's command
+    const char* extension;
+    const std::string& (*stored_script)();
+    friend void PrintTo(const language& a_language, std::ostream* a_stream) {
+        *a_stream << a_language.name;
+    }
+};
+
+inline const std::vector<language>& all_languages() {
+    static const std::vector<language> values{{"perl", "pl", &bridge::perl_script},
+                                              {"ruby", "rb", &bridge::ruby_script},
+                                              {"python", "py", &bridge::python_script}};
+    return values;
+}
 
 struct process_output {
     std::string out;
@@ -14,51 +42,102 @@ struct process_output {
     int exit_status = -1;
 };
 
-// Runs "/bin/sh -c <line>" in a_folder with HOME set to a_home; captures both streams.
-process_output run_shell(const std::string& a_line, const std::filesystem::path& a_folder,
-                         const std::filesystem::path& a_home);
+inline std::string read_bytes(const std::filesystem::path& a_path) {
+    std::ifstream file(a_path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
 
-struct language {
-    const char* name;
-    const char* interpreter;
-    const char* extension;
-    const std::string& (*stored_script)();
-};
-
-// Names the language in test output.
-void PrintTo(const language& a_language, std::ostream* a_stream);
-
-const language& perl_language();
-const language& ruby_language();
-const language& python_language();
-const std::vector<language>& all_languages();
-
-// A fresh scratch folder with the decoded bridge of one language written into it.
-class bridge_folder {
-public:
-    explicit bridge_folder(const language& a_language);
-    ~bridge_folder();
-    bridge_folder(const bridge_folder&) = delete;
-    bridge_folder& operator=(const bridge_folder&) = delete;
-
-    const std::filesystem::path& path() const { return m_folder; }
-
-    // Runs the bridge with the given values, each already in its command-line form
-    // (URL-encoded, or the port's plain digits), wrapped in the host's quotes.
-    process_output run(const std::vector<std::string>& a_values) const;
-
-private:
-    const language& m_language;
-    std::filesystem::path m_folder;
-    std::string m_bridge_name;
-};
+inline std::string repeat(const std::string& a_text, std::size_t a_count) {
+    std::string result;
+    for (std::size_t i = 0; i < a_count; ++i) {
+        result += a_text;
+    }
+    return result;
+}
 
 // The command-line form of a text: its UTF-8 bytes URL-encoded.
-std::string encoded(const std::string& a_text);
+inline std::string encoded(const std::string& a_text) {
+    return utility::url_encode(a_text);
+}
 
-// A fixture plug-in of tests/data/bridges for one language: "<a_stem>.<extension>".
-std::filesystem::path fixture(const language& a_language, const std::string& a_stem);
+const std::string k_header = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n\n<itemlist>\n";
+const std::string k_footer = "</itemlist>\n";
+// What the fixture plug-in prints as it loads and as its run_process starts: every document
+// a test compares also shows that a plug-in's own output comes first.
+const std::string k_marks = "[loaded][run]\n";
 
-std::string repeat(const std::string& a_text, std::size_t a_count);
+inline std::string item(const std::string& a_title, const std::string& a_fields = "") {
+    return "\t<item type=\"script_candidate\">\n\t\t<title>" + a_title + "</title>\n" + a_fields +
+           "\t</item>\n";
+}
+
+// A scratch data folder holding the decoded bridge; the test's parameter picks the language.
+class bridge_test : public ::testing::TestWithParam<language> {
+protected:
+    bridge_test() {
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "qiro_bridges_XXXXXX").string();
+        if (::mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("mkdtemp failed");
+        }
+        m_folder = pattern;
+        std::filesystem::create_directories(m_folder / "home");
+        std::filesystem::create_directories(plugin_folder());
+        std::ofstream(m_folder / bridge_name(), std::ios::binary)
+            << utility::url_decode(GetParam().stored_script());
+    }
+    ~bridge_test() override {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_folder, ignored);
+    }
+
+    bool is(const char* a_name) const { return std::string(GetParam().name) == a_name; }
+    std::string bridge_name() const {
+        return std::string("0123456789abcdef0123456789abcdef01234567.") + GetParam().extension;
+    }
+    std::filesystem::path plugin_folder() const {
+        return m_folder / "plug ins+\xE6\x97\xA5\xE6\x9C\xAC"; // 日本
+    }
+
+    // The command-line form of a fixture plug-in of tests/data/bridges, copied (when it exists)
+    // into a folder with blanks and a plus sign, under an upper-case extension.
+    std::string plugin(const std::string& a_stem) const {
+        std::string extension = GetParam().extension;
+        for (auto& letter : extension) {
+            letter = static_cast<char>(std::toupper(static_cast<unsigned char>(letter)));
+        }
+        const auto copy = plugin_folder() / (a_stem + "." + extension);
+        const auto source = std::filesystem::path(QIRO_TEST_DATA_DIR) / "bridges" /
+                            (a_stem + "." + GetParam().extension);
+        if (std::filesystem::exists(source) && !std::filesystem::exists(copy)) {
+            std::filesystem::copy_file(source, copy);
+        }
+        return encoded(copy.string());
+    }
+
+    // Runs one shell command line in the data folder with HOME inside it.
+    process_output run_line(const std::string& a_line) const {
+        const std::string folder = m_folder.string();
+        const int status = std::system(("cd '" + folder + "' && HOME='" + folder + "/home' " +
+                                        a_line + " </dev/null >.out 2>.err")
+                                           .c_str());
+        return {read_bytes(m_folder / ".out"), read_bytes(m_folder / ".err"),
+                WIFEXITED(status) ? WEXITSTATUS(status) : -1};
+    }
+
+    // Runs the bridge with values already in their command-line form, each in the host's quotes.
+    process_output run(const std::vector<std::string>& a_values) const {
+        std::string line = GetParam().name;
+        std::vector<std::string> words{bridge_name()};
+        words.insert(words.end(), a_values.begin(), a_values.end());
+        for (const auto& word : words) {
+            line += QIRO_PLUGIN_SCRIPT_COMMAND_LINE_QUOTATION_START + word +
+                    QIRO_PLUGIN_SCRIPT_COMMAND_LINE_QUOTATION_END;
+        }
+        return run_line(line);
+    }
+
+    std::filesystem::path m_folder;
+};
 
 } // namespace qiro_plugin::test

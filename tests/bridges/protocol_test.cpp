@@ -1,189 +1,182 @@
 #include "bridge_runner.hpp"
 
-#include "bridges/protocol.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 namespace qiro_plugin::test {
 namespace {
 
-using ::testing::HasSubstr;
+struct run_case {
+    std::vector<std::string> values;
+    std::string out;
+    std::string err_part; // what standard error must hold; empty: nothing for a reply
+};
 
-class bridge_protocol : public ::testing::TestWithParam<language> {
+class bridge_protocol : public bridge_test {
 protected:
-    bridge_protocol() : m_bridge(GetParam()) {}
-
-    bool is(const char* a_name) const { return std::string(GetParam().name) == a_name; }
-    std::string plugin(const std::string& a_stem) const {
-        return encoded(fixture(GetParam(), a_stem).string());
-    }
     // Values after the method: empty proxy settings, the port as plain digits.
     static std::vector<std::string> with_values(std::vector<std::string> a_head,
                                                 std::size_t a_count) {
-        static const std::vector<std::string> tail{
-            encoded("word"), encoded("reading"), "", "0", "", "", encoded("/tmp/settings"),
-            "extra"};
-        for (std::size_t i = 0; i < a_count; ++i) {
-            a_head.push_back(tail.at(i));
-        }
+        const std::vector<std::string> tail{encoded("w"), encoded("r"),  "",     "0", "",
+                                            "",           encoded("/p"), "extra"};
+        a_head.insert(a_head.end(), tail.begin(), tail.begin() + static_cast<long>(a_count));
         return a_head;
     }
-
-    bridge_folder m_bridge;
 };
 
-TEST_P(bridge_protocol, answers_its_own_errors_with_fixed_texts_and_status_zero) {
-    const auto none = m_bridge.run({});
-    EXPECT_EQ(none.out, "error : argument error.");
-    EXPECT_EQ(none.exit_status, 0);
-
-    for (const char* method : {"Run_Process", "RUN_PROCESS", "syntax", "run_processes"}) {
-        const auto unknown = m_bridge.run(with_values({plugin("request_echo"), method}, 6));
-        EXPECT_EQ(unknown.out, "error : plugin method load error.") << method;
-        EXPECT_EQ(unknown.err, "") << method;
-        EXPECT_EQ(unknown.exit_status, 0) << method;
-    }
-    // An encoded method name is decoded before it is compared.
-    const auto encoded_method = m_bridge.run({plugin("broken"), encoded("syntax_check")});
-    EXPECT_EQ(encoded_method.out, QIRO_PLUGIN_SCRIPT_SYNTAX_OK_MESSAGE);
-}
-
-TEST_P(bridge_protocol, syntax_check_never_loads_the_plugin) {
-    for (const char* stem : {"broken", "does_not_exist", "load_noise"}) {
-        const auto bare = m_bridge.run({plugin(stem), QIRO_PLUGIN_SCRIPT_METHOD_NAME_SYNTAX_CHECK});
-        EXPECT_EQ(bare.out, "syntax ok") << stem;
-        EXPECT_EQ(bare.err, "") << stem;
-        EXPECT_EQ(bare.exit_status, 0) << stem;
-        const auto extra = m_bridge.run(
-            with_values({plugin(stem), QIRO_PLUGIN_SCRIPT_METHOD_NAME_SYNTAX_CHECK}, 8));
-        EXPECT_EQ(extra.out, "syntax ok") << stem;
-    }
-}
-
-TEST_P(bridge_protocol, one_argument_is_an_argument_error_except_in_python) {
-    const auto output = m_bridge.run({plugin("request_echo")});
-    if (is("python")) {
-        // The test counts the script name, so the missing method fails in the interpreter.
-        EXPECT_EQ(output.out, "");
-        EXPECT_THAT(output.err, HasSubstr("IndexError"));
-        EXPECT_NE(output.exit_status, 0);
-    } else {
-        EXPECT_EQ(output.out, "error : argument error.");
-        EXPECT_EQ(output.exit_status, 0);
-    }
-}
-
-TEST_P(bridge_protocol, loads_the_plugin_before_counting_the_arguments) {
-    const std::string run_process = QIRO_PLUGIN_SCRIPT_METHOD_NAME_RUN_PROCESS;
-    const std::string run_preference = QIRO_PLUGIN_SCRIPT_METHOD_NAME_RUN_PREFERENCE;
-    const std::string run_callback = QIRO_PLUGIN_SCRIPT_METHOD_NAME_RUN_CALLBACK;
-    const std::string noise = plugin("load_noise");
-    struct call {
-        std::string method;
-        std::size_t values;
-        std::string out;
+TEST_P(bridge_protocol, fixed_replies_end_with_status_zero) {
+    const std::string echo = plugin("plugin");
+    const std::string missing = plugin("does_not_exist");
+    const std::string no_entries = plugin("no_entries");
+    const std::string process_error = "[loaded]error : run_process() argument error.";
+    const std::string preference_error = "[loaded]error : run_preference() argument error.";
+    const std::string callback_error = "[loaded]error : run_callback() argument error.";
+    std::vector<run_case> cases{
+        {{}, "error : argument error.", ""},
+        // Method names are compared exactly, after decoding; nothing is loaded for a wrong one.
+        {with_values({echo, "Run_Process"}, 6), "error : plugin method load error.", ""},
+        {with_values({echo, "run_processes"}, 6), "error : plugin method load error.", ""},
+        {with_values({echo, "syntax"}, 6), "error : plugin method load error.", ""},
+        {{echo, "syntax%5Fcheck"}, "syntax ok", ""},
+        // The syntax check never loads the plug-in, whatever follows.
+        {{missing, "syntax_check"}, "syntax ok", ""},
+        {with_values({echo, "syntax_check"}, 8), "syntax ok", ""},
+        // The plug-in is loaded before the values are counted.
+        {with_values({echo, "run_process"}, 0), process_error, ""},
+        {with_values({echo, "run_process"}, 5), process_error, ""},
+        {with_values({echo, "run_process"}, 8), process_error, ""},
+        {with_values({echo, "run_preference"}, 0), preference_error, ""},
+        {with_values({echo, "run_preference"}, 2), preference_error, ""},
+        {with_values({echo, "run_callback"}, 5), callback_error, ""},
+        {with_values({echo, "run_callback"}, 8), callback_error, ""},
     };
-    const std::vector<call> calls{
-        {run_process, 0, "[loading]error : run_process() argument error."},
-        {run_process, 5, "[loading]error : run_process() argument error."},
-        {run_process, 8, "[loading]error : run_process() argument error."},
-        {run_preference, 0, "[loading]error : run_preference() argument error."},
-        {run_preference, 2, "[loading]error : run_preference() argument error."},
-        {run_preference, 1, "[loading][preference]"},
-        {run_callback, 5, "[loading]error : run_callback() argument error."},
-        {run_callback, 8, "[loading]error : run_callback() argument error."},
-        {run_callback, 6, "[loading][callback]"},
-        {run_callback, 7, "[loading][callback]"},
-    };
-    for (const auto& each : calls) {
-        const auto output = m_bridge.run(with_values({noise, each.method}, each.values));
-        EXPECT_EQ(output.out, each.out) << each.method << " " << each.values;
-        EXPECT_EQ(output.err, "") << each.method << " " << each.values;
-        EXPECT_EQ(output.exit_status, 0) << each.method << " " << each.values;
-    }
-}
-
-TEST_P(bridge_protocol, plugin_that_fails_to_load) {
-    for (const char* stem : {"broken", "does_not_exist"}) {
-        const auto output = m_bridge.run(with_values({plugin(stem), "run_process"}, 6));
-        EXPECT_FALSE(output.err.empty()) << stem;
-        if (is("perl")) {
-            // The require's own message goes first, to standard error.
-            EXPECT_EQ(output.out, "error : plugin module load error.") << stem;
-            EXPECT_EQ(output.exit_status, 0) << stem;
-        } else {
-            EXPECT_EQ(output.out, "") << stem;
-            EXPECT_NE(output.exit_status, 0) << stem;
-        }
-    }
-    const auto missing = m_bridge.run(with_values({plugin("does_not_exist"), "run_callback"}, 6));
     if (is("perl")) {
-        EXPECT_THAT(missing.err, HasSubstr("does_not_exist.pl"));
+        // The require's own message goes to standard error first.
+        cases.push_back({with_values({missing, "run_process"}, 6),
+                         "error : plugin module load error.", "does_not_exist.PL"});
+        for (const std::string method : {"run_process", "run_preference", "run_callback"}) {
+            cases.push_back({with_values({no_entries, method}, method == "run_preference" ? 1 : 6),
+                             "error : plugin method [" + method + "] not found.", ""});
+        }
+    } else if (is("python")) {
+        cases.push_back({with_values({no_entries, "run_process"}, 6),
+                         "error : plugin module load error2.", ""});
+    } else {
+        // A library the bridge itself has already required is not loaded again.
+        const auto where = run_line(
+            "ruby -e 'require \"cgi\"; print $LOADED_FEATURES.grep(%r{/cgi[.]rb\\z}).first'");
+        ASSERT_TRUE(where.out.ends_with("/cgi.rb")) << where.out << where.err;
+        cases.push_back({with_values({encoded(where.out), "run_process"}, 6),
+                         "error : plugin module load error.", ""});
     }
-}
-
-TEST_P(bridge_protocol, plugin_without_the_entry) {
-    for (const char* method : {"run_process", "run_preference", "run_callback"}) {
-        const auto output = m_bridge.run(with_values(
-            {plugin("no_entries"), method}, std::string(method) == "run_preference" ? 1 : 6));
-        if (is("perl")) {
-            EXPECT_EQ(output.out, "error : plugin method [" + std::string(method) + "] not found.");
-            EXPECT_EQ(output.err, "");
-            EXPECT_EQ(output.exit_status, 0);
+    for (const auto& each : cases) {
+        const auto output = run(each.values);
+        const std::string label = each.values.size() > 1 ? each.values[1] + " " + each.out : "";
+        EXPECT_EQ(output.out, each.out) << label;
+        EXPECT_EQ(output.exit_status, 0) << label;
+        if (each.err_part.empty()) {
+            EXPECT_EQ(output.err, "") << label;
         } else {
-            EXPECT_EQ(output.out, "");
-            EXPECT_THAT(output.err, HasSubstr(is("python") ? "AttributeError" : "NameError"));
-            EXPECT_NE(output.exit_status, 0);
+            EXPECT_NE(output.err.find(each.err_part), std::string::npos) << label << output.err;
         }
     }
 }
 
-TEST_P(bridge_protocol, exception_inside_the_plugin_is_the_interpreter_s_report) {
-    // field_rules knows no group of this name and fails while building its result.
-    const auto output = m_bridge.run(
-        {plugin("field_rules"), "run_process", encoded("no such group"), "", "", "0", "", ""});
-    EXPECT_EQ(output.out, "");
-    EXPECT_FALSE(output.err.empty());
-    EXPECT_NE(output.exit_status, 0);
+TEST_P(bridge_protocol, other_failures_are_the_interpreter_s_report) {
+    const std::string echo = plugin("plugin");
+    const std::string no_entries = plugin("no_entries");
+    // The plug-in cannot read this as JSON and fails while building its result.
+    std::vector<run_case> cases{
+        {{echo, "run_process", encoded("{oops"), "", "", "0", "", ""}, k_marks, ""}};
+    if (is("python")) {
+        // Its count includes the script name, so a missing method fails in the interpreter.
+        cases.push_back({{echo}, "", "IndexError"});
+        cases.push_back({{echo, "run_process", encoded("{\"other\":[]}"), "", "", "0", "", ""},
+                         k_marks,
+                         "KeyError"});
+    }
+    if (!is("perl")) {
+        cases.push_back(
+            {with_values({plugin("does_not_exist"), "run_process"}, 6), "", "does_not_exist"});
+        for (const std::string method : {"run_process", "run_preference", "run_callback"}) {
+            if (is("ruby") || method != "run_process") {
+                cases.push_back(
+                    {with_values({no_entries, method}, method == "run_preference" ? 1 : 6), "",
+                     is("python") ? "AttributeError" : "NameError"});
+            }
+        }
+    }
+    for (const auto& each : cases) {
+        const auto output = run(each.values);
+        const std::string label = each.values.size() > 1 ? each.values[1] : "";
+        EXPECT_EQ(output.out, each.out) << label;
+        EXPECT_FALSE(output.err.empty()) << label;
+        EXPECT_NE(output.err.find(each.err_part), std::string::npos) << label << output.err;
+        EXPECT_NE(output.exit_status, 0) << label;
+    }
 }
 
-TEST_P(bridge_protocol, plugin_output_comes_before_the_document) {
-    const auto output = m_bridge.run(with_values({plugin("load_noise"), "run_process"}, 6));
-    EXPECT_EQ(output.out, "[loading][running]\n"
-                          "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n"
-                          "\n"
-                          "<itemlist>\n"
-                          "\t<item type=\"script_candidate\">\n"
-                          "\t\t<title>noise</title>\n"
-                          "\t</item>\n"
-                          "</itemlist>\n");
-    EXPECT_EQ(output.err, "");
-    EXPECT_EQ(output.exit_status, 0);
+// Values with blanks, plus signs, quotes and an invalid byte; the port goes as plain digits.
+TEST_P(bridge_protocol, every_request_value_arrives_decoded) {
+    std::vector<std::string> values{plugin("plugin"),
+                                    "run_process",
+                                    encoded("a b+c"),
+                                    encoded("\xE3\x82\x88\xE3\x81\xBF\"'"), // よみ"'
+                                    encoded("proxy.example"),
+                                    "8080",
+                                    encoded("\xFFok"),
+                                    encoded("p&ss\"word")};
+    const auto document = [](const std::string& a_path, const std::string& a_port) {
+        return k_marks + k_header + item("composition_string=a b+c") + a_path +
+               item("proxy_name=proxy.example") + item("proxy_password=p&amp;ss&quot;word") +
+               item("proxy_port=" + a_port, "\t\t<info>integer</info>\n") +
+               // An invalid byte arrives as U+FFFD.
+               item("proxy_username=\xEF\xBF\xBDok") +
+               item("reading_string=\xE3\x82\x88\xE3\x81\xBF&quot;&apos;") + k_footer;
+    };
+    const auto expect_reply = [&](const std::string& a_out) {
+        const auto output = run(values);
+        EXPECT_EQ(output.out, a_out) << values[1];
+        EXPECT_EQ(output.err, "") << values[1];
+    };
+    expect_reply(document("", "8080"));
+    values.push_back(encoded("/tmp/settings folder/+plus"));
+    expect_reply(document(item("path=/tmp/settings folder/+plus"), "8080"));
+    // Present but empty still counts as present.
+    values.back() = "";
+    expect_reply(document(item("path="), "8080"));
+
+    // %38%30 is what url_encode makes of "80"; only Perl decodes the port.
+    values[5] = "%38%30";
+    if (is("python")) {
+        const auto encoded_port = run(values);
+        EXPECT_EQ(encoded_port.out, "[loaded]");
+        EXPECT_NE(encoded_port.err.find("ValueError"), std::string::npos) << encoded_port.err;
+    } else {
+        expect_reply(document(item("path="), is("perl") ? "80" : "0"));
+    }
+
+    values[1] = "run_callback";
+    values[2] = encoded("\xE5\x80\x99\xE8\xA3\x9C 1"); // 候補 1
+    values[3] = encoded("a+b");
+    values[5] = "8080";
+    // Ruby hands the plug-in the bytes as they came; the others decode them as UTF-8.
+    const std::string callback = "[loaded]run_callback:candidate_string=\xE5\x80\x99\xE8\xA3\x9C 1;"
+                                 "composition_string=a+b;path=;proxy_name=proxy.example;"
+                                 "proxy_password=p&ss\"word;proxy_port=8080;proxy_username=" +
+                                 std::string(is("ruby") ? "\xFFok" : "\xEF\xBF\xBDok");
+    expect_reply(callback);
+    values.pop_back();
+    expect_reply(callback.substr(0, callback.find("path=")) +
+                 callback.substr(callback.find("proxy_name")));
+    values = {values[0], "run_preference", encoded("/home/u/\xE8\xA8\xAD\xE5\xAE\x9A x")};
+    expect_reply("[loaded]run_preference:path=/home/u/\xE8\xA8\xAD\xE5\xAE\x9A x");
+
+    // Loading leaves nothing beside the plug-in (no compiled cache).
+    const auto entries = std::distance(std::filesystem::directory_iterator(plugin_folder()),
+                                       std::filesystem::directory_iterator());
+    EXPECT_EQ(entries, 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(bridges, bridge_protocol, ::testing::ValuesIn(all_languages()),
                          [](const auto& a_info) { return std::string(a_info.param.name); });
-
-TEST(python_bridge, entry_that_is_not_callable) {
-    bridge_folder bridge(python_language());
-    const auto output = bridge.run({encoded(fixture(python_language(), "not_callable").string()),
-                                    "run_process", "", "", "", "0", "", ""});
-    EXPECT_EQ(output.out, "error : plugin module load error2.");
-    EXPECT_EQ(output.exit_status, 0);
-}
-
-TEST(ruby_bridge, require_that_returns_false) {
-    // A library the bridge itself has already required is not loaded again.
-    bridge_folder bridge(ruby_language());
-    const auto where =
-        run_shell("ruby -e 'require \"cgi\"; print $LOADED_FEATURES.grep(%r{/cgi[.]rb\\z}).first'",
-                  bridge.path(), bridge.path() / "home");
-    ASSERT_TRUE(where.out.ends_with("/cgi.rb")) << where.out << where.err;
-    const auto output = bridge.run({encoded(where.out), "run_process", "", "", "", "0", "", ""});
-    EXPECT_EQ(output.out, "error : plugin module load error.");
-    EXPECT_EQ(output.exit_status, 0);
-}
 
 } // namespace
 } // namespace qiro_plugin::test

@@ -1,2 +1,2 @@
-# Loads, but defines no entry.
-LOADED = True
+# Loads, but its processing entry is a value and it has no other entry.
+qiro_plugin_run_process = "not a function"

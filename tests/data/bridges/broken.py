@@ -1,3 +1,0 @@
-# Does not compile.
-def qiro_plugin_run_process(request)
-    return {"candidate": []}

@@ -1,5 +1,0 @@
-# Does not compile.
-module Qiro_plugin
-  def run_process(request
-    { "candidate" => [] }
-  end
