@@ -1,10 +1,9 @@
 #include "cli_process.hpp"
 
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
-#include <poll.h>
-#include <spawn.h>
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,17 +11,6 @@
 namespace qiro_plugin::cli::testing {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-void close_quietly(int& a_descriptor) {
-    if (a_descriptor >= 0) {
-        ::close(a_descriptor);
-        a_descriptor = -1;
-    }
-}
-
-} // namespace
 
 pid_t spawn_process(const std::vector<std::string>& a_arguments,
                     const std::map<std::string, std::string>& a_environment,
@@ -41,79 +29,9 @@ pid_t spawn_process(const std::vector<std::string>& a_arguments,
         envp.push_back(entry.data());
     }
     envp.push_back(nullptr);
-    pid_t child = 0;
-    if (posix_spawn(&child, argv[0], a_actions, nullptr, argv.data(), envp.data()) != 0) {
-        throw std::runtime_error("cannot start " + a_arguments.front());
-    }
-    return child;
-}
-
-process_result run_process(const std::vector<std::string>& a_arguments,
-                           const std::map<std::string, std::string>& a_environment,
-                           const std::string& a_input) {
-    int input[2], output[2], error[2];
-    if (::pipe2(input, O_CLOEXEC) != 0 || ::pipe2(output, O_CLOEXEC) != 0 ||
-        ::pipe2(error, O_CLOEXEC) != 0) {
-        throw std::runtime_error("pipe failed");
-    }
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input[0], 0);
-    posix_spawn_file_actions_adddup2(&actions, output[1], 1);
-    posix_spawn_file_actions_adddup2(&actions, error[1], 2);
-
-    pid_t child = 0;
-    int spawned = 0;
-    try {
-        child = spawn_process(a_arguments, a_environment, &actions);
-    } catch (const std::runtime_error&) {
-        spawned = -1;
-    }
-    posix_spawn_file_actions_destroy(&actions);
-    ::close(input[0]);
-    ::close(output[1]);
-    ::close(error[1]);
-    if (spawned != 0) {
-        ::close(input[1]);
-        ::close(output[0]);
-        ::close(error[0]);
-        throw std::runtime_error("cannot start " + a_arguments.front());
-    }
-    // The input is small: it fits the pipe, so writing it at once cannot block.
-    if (!a_input.empty() && ::write(input[1], a_input.data(), a_input.size()) < 0) {
-        throw std::runtime_error("cannot write the input");
-    }
-    ::close(input[1]);
-
-    process_result result;
-    int out_fd = output[0];
-    int err_fd = error[0];
-    while (out_fd >= 0 || err_fd >= 0) {
-        pollfd fds[2] = {{out_fd, POLLIN, 0}, {err_fd, POLLIN, 0}};
-        if (::poll(fds, 2, 60000) <= 0) {
-            break;
-        }
-        char buffer[65536];
-        for (int i = 0; i < 2; ++i) {
-            int& fd = i == 0 ? out_fd : err_fd;
-            if (fd >= 0 && (fds[i].revents & (POLLIN | POLLHUP | POLLERR)) != 0) {
-                const auto count = ::read(fd, buffer, sizeof buffer);
-                if (count > 0) {
-                    (i == 0 ? result.out : result.err)
-                        .append(buffer, static_cast<std::size_t>(count));
-                } else if (count == 0 || errno != EINTR) {
-                    close_quietly(fd);
-                }
-            }
-        }
-    }
-    close_quietly(out_fd);
-    close_quietly(err_fd);
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+    pid_t child = -1;
+    return posix_spawn(&child, argv[0], a_actions, nullptr, argv.data(), envp.data()) == 0 ? child
+                                                                                           : -1;
 }
 
 std::string qiro_lumen_path() {
@@ -141,11 +59,42 @@ cli_sandbox::~cli_sandbox() {
     fs::remove_all(m_root, ignored);
 }
 
-process_result cli_sandbox::run(const std::vector<std::string>& a_arguments,
+// The standard streams are files, not pipes: nothing can block on a full pipe, and a plug-in
+// process left behind cannot keep the reading open.
+process_result cli_sandbox::run_program(const std::vector<std::string>& a_arguments,
+                                        const std::string& a_input) const {
+    const std::string streams[] = {(m_root / "stdin").string(), (m_root / "stdout").string(),
+                                   (m_root / "stderr").string()};
+    std::ofstream(streams[0], std::ios::binary) << a_input;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    for (int fd = 0; fd < 3; ++fd) {
+        posix_spawn_file_actions_addopen(&actions, fd, streams[fd].c_str(),
+                                         fd == 0 ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    }
+    const pid_t child = spawn_process(a_arguments, environment, &actions);
+    posix_spawn_file_actions_destroy(&actions);
+    process_result result;
+    int status = 0;
+    if (child < 0) {
+        result.err = "cannot start " + a_arguments.front();
+        return result;
+    }
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    std::ostringstream out, err;
+    out << std::ifstream(streams[1], std::ios::binary).rdbuf();
+    err << std::ifstream(streams[2], std::ios::binary).rdbuf();
+    result.out = out.str();
+    result.err = err.str();
+    return result;
+}
+
+process_result cli_sandbox::run(std::vector<std::string> a_arguments,
                                 const std::string& a_input) const {
-    std::vector<std::string> arguments{qiro_lumen_path()};
-    arguments.insert(arguments.end(), a_arguments.begin(), a_arguments.end());
-    return run_process(arguments, environment, a_input);
+    a_arguments.insert(a_arguments.begin(), qiro_lumen_path());
+    return run_program(a_arguments, a_input);
 }
 
 } // namespace qiro_plugin::cli::testing

@@ -15,19 +15,16 @@ struct process_result {
     std::string err;
 };
 
-// Starts a program with exactly the given environment and returns its id; throws when it
-// cannot be started.
+// Starts a program with exactly the given environment; -1 when it cannot be started.
 pid_t spawn_process(const std::vector<std::string>& a_arguments,
                     const std::map<std::string, std::string>& a_environment,
                     const posix_spawn_file_actions_t* a_actions = nullptr);
 
-// Runs a program with exactly the given environment, feeding a_input to its standard input.
-process_result run_process(const std::vector<std::string>& a_arguments,
-                           const std::map<std::string, std::string>& a_environment,
-                           const std::string& a_input = {});
+// The path of the built program.
+std::string qiro_lumen_path();
 
 // A fresh home, machine preferences folder and plug-in folder (a copy of the fixtures), all
-// removed at the end; every qiro-lumen started through it sees only these.
+// removed at the end; every program started through it sees only these.
 class cli_sandbox {
 public:
     cli_sandbox();
@@ -39,17 +36,16 @@ public:
     std::filesystem::path home() const { return m_root / "home"; }
     std::filesystem::path plugins() const { return m_root / "plugins"; }
 
+    // Runs a program to its end, a_input on its standard input.
+    process_result run_program(const std::vector<std::string>& a_arguments,
+                               const std::string& a_input = {}) const;
     // qiro-lumen with these arguments.
-    process_result run(const std::vector<std::string>& a_arguments,
-                       const std::string& a_input = {}) const;
+    process_result run(std::vector<std::string> a_arguments, const std::string& a_input = {}) const;
 
     std::map<std::string, std::string> environment;
 
 private:
     std::filesystem::path m_root;
 };
-
-// The path of the built program.
-std::string qiro_lumen_path();
 
 } // namespace qiro_plugin::cli::testing

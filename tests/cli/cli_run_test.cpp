@@ -10,18 +10,7 @@ namespace qiro_plugin::cli::testing {
 namespace {
 
 namespace fs = std::filesystem;
-using json = nlohmann::json;
-
-// U+2000B: one character, two UTF-16 code units.
-const std::string non_bmp = "\xF0\xA0\x80\x8B";
-
-std::string repeat(const std::string& a_text, int a_count) {
-    std::string result;
-    for (int i = 0; i < a_count; ++i) {
-        result += a_text;
-    }
-    return result;
-}
+using json = nlohmann::ordered_json;
 
 json parse_json(const process_result& a_result) {
     try {
@@ -32,29 +21,29 @@ json parse_json(const process_result& a_result) {
     }
 }
 
+// What echo_request.py reports seeing, for a request without reading.
+std::string seen(const std::string& a_proxy) {
+    return "reading_string=;" + a_proxy;
+}
+const std::string no_proxy = "proxy_name=;proxy_port=0;proxy_username=;proxy_password=";
+
 class cli_run : public ::testing::Test {
 protected:
-    process_result run_json(const std::string& a_plugin, const std::string& a_form,
-                            std::vector<std::string> a_extra = {}) {
-        std::vector<std::string> arguments{"run", "--json", "--plugin-folder",
-                                           sandbox.plugins().string()};
-        arguments.insert(arguments.end(), a_extra.begin(), a_extra.end());
-        arguments.push_back(a_plugin);
-        arguments.push_back(a_form);
-        return sandbox.run(arguments);
+    process_result run_json(const std::string& a_plugin, const std::string& a_form) {
+        return sandbox.run(
+            {"run", "--json", "--plugin-folder", sandbox.plugins().string(), a_plugin, a_form});
     }
 
     cli_sandbox sandbox;
 };
 
 TEST_F(cli_run, json_report_of_a_successful_run_holds_exactly_the_documented_members) {
-    const auto result = run_json("echo_request.py", "変換");
+    auto result = sandbox.run({"run", "--json", "--reading", "よみ",
+                               (sandbox.plugins() / "echo_request.py").string(), "変換"});
     ASSERT_EQ(result.status, 0) << result.err;
     const auto report = parse_json(result);
-
-    const auto in_order = nlohmann::ordered_json::parse(result.out);
     std::vector<std::string> members; // in the order printed
-    for (const auto& [key, value] : in_order.items()) {
+    for (const auto& [key, value] : report.items()) {
         members.push_back(key);
     }
     EXPECT_EQ(members,
@@ -73,74 +62,44 @@ TEST_F(cli_run, json_report_of_a_successful_run_holds_exactly_the_documented_mem
     EXPECT_EQ(report["stderr_pane"], "\r\n\r\n");
     EXPECT_EQ(report["run_stderr"], "");
     EXPECT_EQ(report["document_parsed"], true);
-    ASSERT_EQ(report["candidates"].size(), 1U);
-    const auto& candidate = report["candidates"][0];
-    EXPECT_EQ(candidate["title"], "変換");
-    EXPECT_EQ(candidate["comment"],
-              "reading_string=;proxy_name=;proxy_port=0;proxy_username=;proxy_password=;"
-              "path=<absent>");
-    EXPECT_EQ(candidate["alternative"], "alt<変換>");
-    EXPECT_EQ(candidate["alternative_alias"], "alias");
-    EXPECT_EQ(candidate["alternative_type"], "definite_string");
-    EXPECT_EQ(candidate["info"], "py");
+    EXPECT_EQ(nlohmann::json::parse(result.out)["candidates"],
+              nlohmann::json::parse(R"([{"title": "変換", "comment": "reading_string=よみ;)" +
+                                    no_proxy +
+                                    R"(", "alternative_type": "definite_string",
+                             "alternative": "alt<変換>", "alternative_alias": "alias",
+                             "info": "py"}])"));
     EXPECT_EQ(report["return_type"], 0);
     const std::string list = report["candidate_list"];
     EXPECT_EQ(list.rfind("<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n\n<itemlist>\n", 0), 0U);
     EXPECT_NE(list.find("<target>alt&lt;変換&gt;</target>"), std::string::npos);
-    EXPECT_NE(list.find("<plugin_index>0</plugin_index>"), std::string::npos);
-    EXPECT_NE(list.find("<generation_id>0</generation_id>"), std::string::npos);
     for (const char* timing : {"syntax_check", "run", "total"}) {
-        ASSERT_TRUE(report["timings_ms"][timing].is_number()) << timing;
         EXPECT_GT(report["timings_ms"][timing].get<double>(), 0.0) << timing;
     }
-    EXPECT_GE(report["timings_ms"]["total"].get<double>(),
-              report["timings_ms"]["run"].get<double>());
     EXPECT_EQ(report["error"], "");
-}
-
-TEST_F(cli_run, each_language_runs_by_path_or_name_with_the_reading) {
-    auto result = sandbox.run({"run", "--json", "--reading", "よみ",
-                               (sandbox.plugins() / "echo_request.rb").string(), "読み"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    auto report = parse_json(result);
-    EXPECT_EQ(report["module_type"], "Ruby");
-    EXPECT_EQ(report["plugin_folder"], sandbox.plugins().string() + "/");
-    EXPECT_EQ(report["candidates"][0]["alternative_type"], "url_jump_string");
-    const std::string comment = report["candidates"][0]["comment"];
-    EXPECT_NE(comment.find("line one<br />reading=よみ"), std::string::npos) << comment;
-
-    result = run_json("echo_request.pl", "x", {"--reading", ""});
-    ASSERT_EQ(result.status, 0) << result.err;
-    report = parse_json(result);
-    EXPECT_EQ(report["module_type"], "Perl");
-    EXPECT_EQ(report["candidates"][0]["comment"], "port=0");
-    EXPECT_EQ(report["candidates"][0]["alternative"], "");
-
-    // The extension is matched without case; the file is still loaded from its exact path.
-    fs::copy_file(sandbox.plugins() / "echo_request.py", sandbox.plugins() / "Upper.PY");
-    result = run_json("Upper.PY", "u");
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(parse_json(result)["module_type"], "Python");
 
     // Without --json: the panes on their streams, then the candidates one under another.
     result = sandbox.run(
-        {"run", "--plugin-folder", sandbox.plugins().string(), "echo_request.pl", "abc"});
+        {"run", "--plugin-folder", sandbox.plugins().string(), "echo_request.py", "abc"});
     ASSERT_EQ(result.status, 0);
     EXPECT_EQ(result.out.rfind("syntax ok\r\n<?xml", 0), 0U);
-    EXPECT_NE(result.out.find("-- 1 candidate\n1. abc\n   comment: port=0\n   info: pl\n"),
+    EXPECT_NE(result.out.find("-- 1 candidate\n1. abc\n   comment: " + seen(no_proxy) + "\n"),
               std::string::npos)
         << result.out;
     EXPECT_EQ(result.err, "\r\n\r\n");
 }
 
 TEST_F(cli_run, written_form_limits_count_utf16_code_units) {
-    // 49 characters of two units and two of one: exactly 100 units run.
-    const std::string hundred = repeat(non_bmp, 49) + "ab";
+    // U+2000B is one character of two units: 49 of them and two ASCII letters make exactly 100.
+    std::string hundred;
+    for (int i = 0; i < 49; ++i) {
+        hundred += "\xF0\xA0\x80\x8B";
+    }
+    hundred += "ab";
     auto result = run_json("echo_request.py", hundred);
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(parse_json(result)["candidates"][0]["title"], hundred);
 
-    for (const auto& refused : {hundred + "c", repeat("x", 101)}) {
+    for (const auto& refused : {hundred + "c", std::string(101, 'x')}) {
         result = run_json("echo_request.py", refused);
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.out, "") << "nothing runs and nothing is printed but the alert";
@@ -150,7 +109,6 @@ TEST_F(cli_run, written_form_limits_count_utf16_code_units) {
     result = run_json("echo_request.py", "");
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.err, "qiro-lumen: Enter the written form (hyoki) to hand to the plug-in.\n");
-
     result = run_json("echo_request.py", "\xFF\xFE");
     EXPECT_EQ(result.status, 2);
     EXPECT_NE(result.err.find("not valid UTF-8"), std::string::npos);
@@ -164,23 +122,12 @@ TEST_F(cli_run, proxy_settings_reach_the_plugin_only_while_proxy_use_is_on) {
     result = run_json("echo_request.py", "a");
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(parse_json(result)["candidates"][0]["comment"],
-              "reading_string=;proxy_name=proxy.example.jp;proxy_port=8080;"
-              "proxy_username=太郎;proxy_password=;path=<absent>");
+              seen("proxy_name=proxy.example.jp;proxy_port=8080;proxy_username=太郎;"
+                   "proxy_password="));
 
-    result = sandbox.run({"settings", "set", "proxy_address=" + repeat("p", 513)});
-    ASSERT_EQ(result.status, 0) << result.err;
+    ASSERT_EQ(sandbox.run({"settings", "set", "enable_proxy=off"}).status, 0);
     result = run_json("echo_request.py", "a");
-    EXPECT_EQ(parse_json(result)["candidates"][0]["comment"],
-              "reading_string=;proxy_name=;proxy_port=8080;proxy_username=太郎;proxy_password=;"
-              "path=<absent>")
-        << "a too-long address is left out, the port still goes";
-
-    result = sandbox.run({"settings", "set", "enable_proxy=off"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    result = run_json("echo_request.py", "a");
-    EXPECT_EQ(parse_json(result)["candidates"][0]["comment"],
-              "reading_string=;proxy_name=;proxy_port=0;proxy_username=;proxy_password=;"
-              "path=<absent>");
+    EXPECT_EQ(parse_json(result)["candidates"][0]["comment"], seen(no_proxy));
 }
 
 TEST_F(cli_run, plugins_that_cannot_run_or_whose_output_does_not_parse_exit_with_one) {
@@ -201,45 +148,33 @@ TEST_F(cli_run, plugins_that_cannot_run_or_whose_output_does_not_parse_exit_with
     EXPECT_EQ(report["document_parsed"], false);
     EXPECT_EQ(report["candidates"].size(), 0U);
     EXPECT_EQ(report["return_type"], 2);
-    EXPECT_EQ(report["candidate_list"], "");
     EXPECT_EQ(report["run_stdout"].get<std::string>().rfind("debug: got a\n", 0), 0U);
 
     // The plug-in raises: the interpreter's report is on the standard-error pane.
     result = run_json("raises_error.py", "a");
     EXPECT_EQ(result.status, 1);
     report = parse_json(result);
-    EXPECT_EQ(report["run_stdout"], "");
     EXPECT_NE(report["run_stderr"].get<std::string>().find("ValueError: fixture failure for a"),
               std::string::npos);
     EXPECT_NE(report["stderr_pane"].get<std::string>().find("ValueError"), std::string::npos);
 
-    // A well-formed answer without candidates parses.
-    result = run_json("no_candidates.pl", "a");
-    EXPECT_EQ(result.status, 0) << result.err;
-    report = parse_json(result);
-    EXPECT_EQ(report["document_parsed"], true);
-    EXPECT_EQ(report["return_type"], 2);
-    EXPECT_EQ(report["candidate_list"], "");
-}
-
-TEST_F(cli_run, a_failed_syntax_check_shows_the_interpreter_output_and_runs_nothing) {
-    // An interpreter that warns before its answer: "syntax ok" must open the output.
+    // A failed syntax check, from an interpreter that warns before its answer ("syntax ok" must
+    // open the output): its output is shown and nothing runs.
     const auto fake_bin = sandbox.root() / "fake-bin";
     fs::create_directory(fake_bin);
     std::ofstream(fake_bin / "ruby") << "#!/bin/sh\necho 'ruby: warning: odd set-up'\n"
                                         "printf 'syntax ok'\necho 'to stderr' >&2\n";
     fs::permissions(fake_bin / "ruby", fs::perms::owner_all);
     sandbox.environment["PATH"] = fake_bin.string() + ":/usr/bin:/bin";
-
-    const auto result = run_json("echo_request.rb", "a");
+    result = run_json("noisy_output.rb", "a");
     EXPECT_EQ(result.status, 1);
-    const auto report = parse_json(result);
+    report = parse_json(result);
     EXPECT_TRUE(report["module_type"].is_null());
     EXPECT_EQ(report["stdout_pane"], "ruby: warning: odd set-up\nsyntax ok\r\n");
     EXPECT_EQ(report["stderr_pane"], "to stderr\n\r\n");
     EXPECT_EQ(
         report["load_error"],
-        "echo_request.rb : [SCRIPT] スクリプトファイルのプラグインの文法チェックに失敗しました");
+        "noisy_output.rb : [SCRIPT] スクリプトファイルのプラグインの文法チェックに失敗しました");
     EXPECT_EQ(report["run_stdout"], "");
 }
 
@@ -248,20 +183,19 @@ TEST_F(cli_run, bad_usage_and_run_errors_have_their_own_statuses) {
     EXPECT_EQ(result.status, 2);
     EXPECT_NE(result.err.find("no plug-in file \"missing.py\""), std::string::npos) << result.err;
     EXPECT_EQ(result.out, "");
-
     result = sandbox.run({"run", "echo_request.py"});
     EXPECT_EQ(result.status, 2);
     EXPECT_NE(result.err.find("WRITTEN_FORM"), std::string::npos) << result.err;
 
     // The data folder's place is taken by a file: writing the bridge fails with an exception.
-    fs::create_directories(sandbox.home() / "Library" / "Preferences");
-    std::ofstream(sandbox.home() / "Library" / "Preferences" / "QIRO Lumen") << "in the way";
+    const auto data_folder = sandbox.home() / "Library" / "Preferences" / "QIRO Lumen";
+    fs::create_directories(data_folder.parent_path());
+    std::ofstream(data_folder) << "in the way";
     result = run_json("echo_request.py", "a");
     EXPECT_EQ(result.status, 3);
-    const auto report = parse_json(result);
-    EXPECT_NE(report["error"], "");
+    EXPECT_NE(parse_json(result)["error"], "");
     EXPECT_NE(result.err.find("The plug-in run ended with an error."), std::string::npos);
-    fs::remove(sandbox.home() / "Library" / "Preferences" / "QIRO Lumen");
+    fs::remove(data_folder);
 
     // Output in a legacy encoding ends the run; the author is told what it means.
     std::ofstream(sandbox.plugins() / "prints_shift_jis.py")
@@ -275,26 +209,6 @@ TEST_F(cli_run, bad_usage_and_run_errors_have_their_own_statuses) {
     EXPECT_EQ(result.status, 3);
     EXPECT_NE(result.err.find("::MultiByteUTF8ToWideChar() : failed"), std::string::npos);
     EXPECT_NE(result.err.find("not UTF-8"), std::string::npos) << result.err;
-}
-
-TEST_F(cli_run, sample_plugins_beside_the_program_show_every_candidate_field) {
-    const auto samples = fs::path(QIRO_BINARY_DIR) / "bin" / "plugin";
-    for (const char* sample : {"sample_perl.pl", "sample_ruby.rb", "sample_python.py"}) {
-        const auto result =
-            sandbox.run({"run", "--json", "--plugin-folder", samples.string(), sample, "へんかん"});
-        ASSERT_EQ(result.status, 0) << sample << result.err;
-        const auto report = parse_json(result);
-        ASSERT_EQ(report["candidates"].size(), 2U) << sample;
-        const auto& first = report["candidates"][0];
-        EXPECT_EQ(first["title"], "へんかん");
-        EXPECT_NE(first["comment"].get<std::string>().find("<br />"), std::string::npos);
-        EXPECT_EQ(first["alternative_type"], "url_jump_string");
-        EXPECT_EQ(first["alternative"],
-                  "https://ja.wikipedia.org/wiki/%E3%81%B8%E3%82%93%E3%81%8B%E3%82%93");
-        EXPECT_EQ(first["alternative_alias"], "Wikipedia で調べる");
-        EXPECT_EQ(first["info"], "ひらがな");
-        EXPECT_EQ(report["candidates"][1]["alternative"], "『へんかん』");
-    }
 }
 
 } // namespace

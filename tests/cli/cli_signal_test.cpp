@@ -12,7 +12,6 @@
 namespace qiro_plugin::cli::testing {
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 // True when the process is gone or only a zombie waiting for a reaper.
@@ -26,43 +25,40 @@ bool is_ended(const std::string& a_pid) {
     return state != std::string::npos && line[state + 2] == 'Z';
 }
 
+// Waits up to a_limit for a_done to hold; returns whether it does.
+template <class condition> bool wait_for(condition a_done, std::chrono::seconds a_limit) {
+    for (auto deadline = std::chrono::steady_clock::now() + a_limit;
+         !a_done() && std::chrono::steady_clock::now() < deadline;) {
+        std::this_thread::sleep_for(20ms);
+    }
+    return a_done();
+}
+
 TEST(cli_signals, an_interrupted_run_takes_its_plugin_along) {
     cli_sandbox sandbox;
-    const fs::path pid_file = sandbox.root() / "plugin.pid";
+    const auto pid_file = sandbox.root() / "plugin.pid";
     // The callback entry runs without time-out: a plug-in that hangs there would outlive an
     // interrupted qiro-lumen if nothing ended it.
-    std::ofstream(sandbox.plugins() / "hangs.py") << "import os, time\n"
-                                                     "def qiro_plugin_run_callback(request):\n"
-                                                     "    with open("
-                                                  << pid_file
-                                                  << ", 'w') as f:\n"
-                                                     "        f.write(str(os.getpid()))\n"
-                                                     "    time.sleep(300)\n";
+    std::ofstream(sandbox.plugins() / "hangs.py")
+        << "import os, time\ndef qiro_plugin_run_callback(request):\n    with open(" << pid_file
+        << ", 'w') as f:\n        f.write(str(os.getpid()))\n    time.sleep(300)\n";
     std::ofstream(sandbox.plugins() / "hangs.xml")
         << "<plugin><name>hangs</name><callback>true</callback></plugin>";
-
     const pid_t program = spawn_process({qiro_lumen_path(), "callback", "--plugin-folder",
                                          sandbox.plugins().string(), "hangs.py", "a", "b"},
                                         sandbox.environment);
+    ASSERT_GT(program, 0);
 
     std::string plugin_pid;
-    for (auto deadline = std::chrono::steady_clock::now() + 30s;
-         plugin_pid.empty() && std::chrono::steady_clock::now() < deadline;) {
-        std::this_thread::sleep_for(50ms);
-        std::ifstream(pid_file) >> plugin_pid;
-    }
-    ASSERT_FALSE(plugin_pid.empty()) << "the plug-in never started";
+    ASSERT_TRUE(wait_for([&] { return bool(std::ifstream(pid_file) >> plugin_pid); }, 30s))
+        << "the plug-in never started";
     EXPECT_FALSE(is_ended(plugin_pid));
-
     ASSERT_EQ(::kill(program, SIGINT), 0);
     int status = 0;
     ASSERT_EQ(::waitpid(program, &status, 0), program);
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << status;
-    auto deadline = std::chrono::steady_clock::now() + 10s;
-    while (!is_ended(plugin_pid) && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(20ms);
-    }
-    EXPECT_TRUE(is_ended(plugin_pid)) << "plug-in process " << plugin_pid << " outlived qiro-lumen";
+    EXPECT_TRUE(wait_for([&] { return is_ended(plugin_pid); }, 10s))
+        << "plug-in process " << plugin_pid << " outlived qiro-lumen";
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <set>
 
 namespace qiro_plugin::debugger {
@@ -42,19 +41,6 @@ TEST(localized_texts, run_errors_the_author_can_act_on_get_a_hint) {
     EXPECT_TRUE(run_error_hint("qiro_plugin_instance_script::run_processing() : fault1.").empty());
     EXPECT_TRUE(run_error_hint("").empty());
     utility::set_localized_string_provider({});
-}
-
-TEST(localized_texts, language_follows_the_locale_variables_in_order) {
-    setenv("LC_ALL", "", 1);
-    setenv("LC_MESSAGES", "ja_JP.UTF-8", 1);
-    setenv("LANG", "en_US.UTF-8", 1);
-    EXPECT_EQ(language_from_environment(), text_language::japanese);
-    setenv("LC_ALL", "C.UTF-8", 1);
-    EXPECT_EQ(language_from_environment(), text_language::english);
-    unsetenv("LC_ALL");
-    unsetenv("LC_MESSAGES");
-    unsetenv("LANG");
-    EXPECT_EQ(language_from_environment(), text_language::english);
 }
 
 } // namespace

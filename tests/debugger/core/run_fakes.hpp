@@ -1,0 +1,123 @@
+#pragma once
+// Test doubles for runs: sinks that record every call in order, and a plug-in instance that runs
+// nothing but records the calls a run makes and can throw.
+
+#include "debugger/core/run_sinks.hpp"
+#include "runtime/abstract_plugin_instance.hpp"
+#include "runtime/message_script.hpp"
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace qiro_plugin::debugger::testing {
+
+class recording_sinks : public run_output_sink, public alert_sink {
+public:
+    void add_std_output_text(const utf16_string& a_text) override { record("out:", a_text); }
+    void add_std_error_output_text(const utf16_string& a_text) override { record("err:", a_text); }
+    void clear_std_output_text() override { events.emplace_back("clear out"); }
+    void clear_std_error_output_text() override { events.emplace_back("clear err"); }
+    void start_progress() override { events.emplace_back("start"); }
+    void stop_progress() override { events.emplace_back("stop"); }
+    void show_alert(const std::string& a_key) override { events.push_back("alert:" + a_key); }
+
+    std::vector<std::string> events;
+
+private:
+    void record(const char* a_prefix, const utf16_string& a_text) {
+        std::string text(a_prefix);
+        for (const auto unit : a_text) {
+            text += unit < 0x80 ? static_cast<char>(unit) : '?';
+        }
+        events.push_back(text);
+    }
+};
+
+// What the fake instances saw; it outlives them.
+struct fake_log {
+    std::vector<std::string> calls;
+    qiro_plugin_request request{};
+};
+
+class fake_plugin_instance : public abstract_qiro_plugin_instance {
+public:
+    fake_plugin_instance(fake_log& a_log, bool a_throw_in_processing)
+        : m_log(a_log), m_throw_in_processing(a_throw_in_processing) {}
+    ~fake_plugin_instance() override { m_log.calls.emplace_back("destroyed"); }
+
+    bool run_processing(std::shared_ptr<abstract_qiro_plugin_message> a_message,
+                        const qiro_plugin_request& a_request,
+                        const qiro_plugin_message_quit_flag&) override {
+        m_log.calls.emplace_back("run_processing");
+        m_log.request = a_request;
+        if (m_throw_in_processing) {
+            throw std::runtime_error("fake_plugin_instance::run_processing() : fault.");
+        }
+        message_script::candidate candidate;
+        candidate.title =
+            get_record_text(a_request.composition_string, a_request.composition_string_length);
+        std::dynamic_pointer_cast<message_script>(a_message)->add_candidate(candidate);
+        return true;
+    }
+    bool run_initialize() override { return note("run_initialize"); }
+    bool run_destroy() override { return note("run_destroy"); }
+    bool run_callback(std::shared_ptr<abstract_qiro_plugin_message>, const qiro_plugin_callback&,
+                      const qiro_plugin_message_quit_flag&) override {
+        return note("run_callback");
+    }
+    bool run_preference(void*) override { return note("run_preference"); }
+    std::shared_ptr<abstract_qiro_plugin_message> alloc_qiro_plugin_message(void*,
+                                                                            int) const override {
+        m_log.calls.emplace_back("alloc_qiro_plugin_message");
+        return std::make_shared<message_script>();
+    }
+    qiro_plugin_receive_data
+    get_plugin_receive_data(std::shared_ptr<abstract_qiro_plugin_message> a_message,
+                            unsigned int a_index, unsigned int a_generation) const override {
+        const auto message = std::dynamic_pointer_cast<message_script>(a_message);
+        qiro_plugin_receive_data data;
+        data.return_type = static_cast<std::uint32_t>(message->get_return_type());
+        data.xml_string = message->make_xml_string_to_candidate(a_index, a_generation);
+        return data;
+    }
+
+    bool is_load() const override { return true; }
+    utf16_string get_load_error_message() const override { return {}; }
+    utf16_string run_get_name() const override { return u"fake"; }
+    utf16_string run_get_short_name() const override { return u"fake"; }
+    utf16_string run_get_description() const override { return {}; }
+    utf16_string run_get_copyright() const override { return {}; }
+    utf16_string run_get_module_type() const override { return u"Fake"; }
+    std::int32_t run_get_major_version() const override { return 0; }
+    std::int32_t run_get_minor_version() const override { return 0; }
+    bool is_enable_palette() const override { return false; }
+    bool is_enable_processing() const override { return true; }
+    bool is_enable_callback() const override { return false; }
+    std::set<utf16_string> get_detailed_processing_type() const override { return {}; }
+    bool is_enable_preference() const override { return false; }
+    bool is_corresponding_auto_search() const override { return true; }
+    bool is_digital_signature() const override { return false; }
+    qiro_plugin_receive_palette_data
+    get_plugin_receive_palette_data(std::shared_ptr<abstract_qiro_plugin_message>) const override {
+        throw std::runtime_error("no palette");
+    }
+    void set_plugin_request_data(std::shared_ptr<abstract_qiro_plugin_message>,
+                                 const qiro_plugin_request&) override {
+        throw std::runtime_error("no request data");
+    }
+    void set_plugin_error_data(std::shared_ptr<abstract_qiro_plugin_message>) override {}
+    void set_quit_request_for_palette() override { throw std::runtime_error("no palette"); }
+
+private:
+    bool note(const char* a_call) {
+        m_log.calls.emplace_back(a_call);
+        return true;
+    }
+
+    fake_log& m_log;
+    bool m_throw_in_processing;
+};
+
+} // namespace qiro_plugin::debugger::testing
