@@ -15,23 +15,19 @@ namespace fs = std::filesystem;
 pid_t spawn_process(const std::vector<std::string>& a_arguments,
                     const std::map<std::string, std::string>& a_environment,
                     const posix_spawn_file_actions_t* a_actions) {
+    // env -i runs the program with exactly these variables, under the same process id.
+    std::vector<std::string> command{"/usr/bin/env", "-i"};
+    for (const auto& [name, value] : a_environment) {
+        command.push_back(name + "=" + value);
+    }
+    command.insert(command.end(), a_arguments.begin(), a_arguments.end());
     std::vector<char*> argv;
-    for (const auto& argument : a_arguments) {
-        argv.push_back(const_cast<char*>(argument.c_str()));
+    for (auto& argument : command) {
+        argv.push_back(argument.data());
     }
     argv.push_back(nullptr);
-    std::vector<std::string> environment_text;
-    for (const auto& [name, value] : a_environment) {
-        environment_text.push_back(name + "=" + value);
-    }
-    std::vector<char*> envp;
-    for (auto& entry : environment_text) {
-        envp.push_back(entry.data());
-    }
-    envp.push_back(nullptr);
     pid_t child = -1;
-    return posix_spawn(&child, argv[0], a_actions, nullptr, argv.data(), envp.data()) == 0 ? child
-                                                                                           : -1;
+    return posix_spawn(&child, argv[0], a_actions, nullptr, argv.data(), environ) == 0 ? child : -1;
 }
 
 std::string qiro_lumen_path() {

@@ -35,23 +35,16 @@ private:
     }
 };
 
-// What the fake instances saw; it outlives them.
-struct fake_log {
-    std::vector<std::string> calls;
-    qiro_plugin_request request{};
-};
-
 class fake_plugin_instance : public abstract_qiro_plugin_instance {
 public:
-    fake_plugin_instance(fake_log& a_log, bool a_throw_in_processing)
-        : m_log(a_log), m_throw_in_processing(a_throw_in_processing) {}
-    ~fake_plugin_instance() override { m_log.calls.emplace_back("destroyed"); }
+    fake_plugin_instance(std::vector<std::string>& a_calls, bool a_throw_in_processing)
+        : m_calls(a_calls), m_throw_in_processing(a_throw_in_processing) {}
+    ~fake_plugin_instance() override { m_calls.emplace_back("destroyed"); }
 
     bool run_processing(std::shared_ptr<abstract_qiro_plugin_message> a_message,
                         const qiro_plugin_request& a_request,
                         const qiro_plugin_message_quit_flag&) override {
-        m_log.calls.emplace_back("run_processing");
-        m_log.request = a_request;
+        m_calls.emplace_back("run_processing");
         if (m_throw_in_processing) {
             throw std::runtime_error("fake_plugin_instance::run_processing() : fault.");
         }
@@ -70,7 +63,7 @@ public:
     bool run_preference(void*) override { return note("run_preference"); }
     std::shared_ptr<abstract_qiro_plugin_message> alloc_qiro_plugin_message(void*,
                                                                             int) const override {
-        m_log.calls.emplace_back("alloc_qiro_plugin_message");
+        m_calls.emplace_back("alloc_qiro_plugin_message");
         return std::make_shared<message_script>();
     }
     qiro_plugin_receive_data
@@ -112,11 +105,11 @@ public:
 
 private:
     bool note(const char* a_call) {
-        m_log.calls.emplace_back(a_call);
+        m_calls.emplace_back(a_call);
         return true;
     }
 
-    fake_log& m_log;
+    std::vector<std::string>& m_calls; // outlives the instance
     bool m_throw_in_processing;
 };
 
