@@ -45,38 +45,27 @@ TEST_F(cli_run, json_report_of_a_successful_run_holds_exactly_the_documented_mem
     auto result = sandbox.run({"run", "--json", "--reading", "よみ",
                                (sandbox.plugins() / "echo_request.py").string(), "変換"});
     ASSERT_EQ(result.status, 0) << result.err;
-    const auto report = parse_json(result);
-    std::vector<std::string> members; // in the order printed
-    for (const auto& [key, value] : report.items()) {
-        members.push_back(key);
-    }
-    EXPECT_EQ(members,
-              (std::vector<std::string>{"plugin_folder", "plugin_file", "written_form",
-                                        "module_type", "load_error", "stdout_pane", "stderr_pane",
-                                        "run_stdout", "run_stderr", "document_parsed", "candidates",
-                                        "return_type", "candidate_list", "timings_ms", "error"}));
-    EXPECT_EQ(report["plugin_folder"], sandbox.plugins().string() + "/");
-    EXPECT_EQ(report["plugin_file"], "echo_request.py");
-    EXPECT_EQ(report["written_form"], "変換");
-    EXPECT_EQ(report["module_type"], "Python");
-    EXPECT_EQ(report["load_error"], "");
+    auto report = parse_json(result);
     const std::string run_stdout = report["run_stdout"];
     EXPECT_EQ(run_stdout.rfind("<?xml", 0), 0U);
-    EXPECT_EQ(report["stdout_pane"], "syntax ok\r\n" + run_stdout + "\r\n");
-    EXPECT_EQ(report["stderr_pane"], "\r\n\r\n");
-    EXPECT_EQ(report["run_stderr"], "");
-    EXPECT_EQ(report["document_parsed"], true);
-    EXPECT_EQ(nlohmann::json::parse(result.out)["candidates"],
-              nlohmann::json::parse(R"([{"title": "変換", "comment": "reading_string=よみ;)" +
-                                    no_proxy +
-                                    R"(", "alternative_type": "definite_string",
-                             "alternative": "alt<変換>", "alternative_alias": "alias",
-                             "info": "py"}])"));
-    EXPECT_EQ(report["return_type"], 0);
     EXPECT_NE(report["candidate_list"].get<std::string>().find("<target>alt&lt;変換&gt;</target>"),
               std::string::npos);
     EXPECT_GT(report["timings_ms"]["total"].get<double>(), 0.0);
-    EXPECT_EQ(report["error"], "");
+    report["candidate_list"] = report["timings_ms"] = "checked above";
+    // Every member, in the order printed.
+    auto expected = json::parse(R"({"plugin_folder": "", "plugin_file": "echo_request.py",
+        "written_form": "変換", "module_type": "Python", "load_error": "", "stdout_pane": "",
+        "stderr_pane": "\r\n\r\n", "run_stdout": "", "run_stderr": "", "document_parsed": true,
+        "candidates": [{"title": "変換", "comment": "", "alternative": "alt<変換>",
+                        "alternative_alias": "alias", "alternative_type": "definite_string",
+                        "info": "py"}],
+        "return_type": 0, "candidate_list": "checked above", "timings_ms": "checked above",
+        "error": ""})");
+    expected["plugin_folder"] = sandbox.plugins().string() + "/";
+    expected["stdout_pane"] = "syntax ok\r\n" + run_stdout + "\r\n";
+    expected["run_stdout"] = run_stdout;
+    expected["candidates"][0]["comment"] = "reading_string=よみ;" + no_proxy;
+    EXPECT_EQ(report, expected);
 
     // Without --json: the panes on their streams, then the candidates one under another.
     result = run_in_folder("run", {"echo_request.py", "abc"});
@@ -263,8 +252,6 @@ TEST_F(cli_commands, settings_show_and_set_round_trip_without_revealing_the_pass
     result = sandbox.run({"settings", "set", "key_1_plugin_name=辞書", "proxy_port=3128",
                           "automatically_displayed_candidate=false"});
     ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_TRUE(fs::exists(sandbox.home() / "Library" / "Preferences" /
-                           "org.qiro.Qiro22.PluginManager.plist"));
     result = sandbox.run({"settings", "show"});
     for (const char* line :
          {"key_1_plugin_name = 辞書\n", "proxy_port = 3128\n",

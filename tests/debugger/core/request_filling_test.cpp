@@ -33,9 +33,8 @@ TEST(request_filling, proxy_values_follow_the_switches_and_the_limits) {
                           proxy_case{1, 1, 512, 100, 101, true, true, true, false},
                           proxy_case{0, 1, 10, 10, 10, false, false, false, false},
                           proxy_case{1, 0, 10, 10, 10, true, true, false, false}}) {
-        SCOPED_TRACE(std::to_string(c.proxy) + std::to_string(c.authentication) + " " +
-                     std::to_string(c.address) + "/" + std::to_string(c.username) + "/" +
-                     std::to_string(c.password));
+        SCOPED_TRACE(testing::Message() << c.proxy << c.authentication << " " << c.address << "/"
+                                        << c.username << "/" << c.password);
         manager_preference_data settings;
         settings.enable_proxy = c.proxy;
         settings.enable_authentication = c.authentication;
