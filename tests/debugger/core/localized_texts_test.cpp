@@ -32,14 +32,17 @@ TEST(localized_texts, every_key_has_both_texts_and_reaches_the_process_wide_look
 
 TEST(localized_texts, run_errors_the_author_can_act_on_get_a_hint) {
     install_localized_text_provider(text_language::english);
-    EXPECT_EQ(run_error_hint("::MultiByteUTF8ToWideChar() : failed"),
-              localized_text(HINT_OUTPUT_NOT_UTF8, text_language::english));
-    EXPECT_EQ(run_error_hint("script_file_access::script_file_access() : fault."),
-              localized_text(HINT_BRIDGE_FILE_NOT_WRITTEN, text_language::english));
-    EXPECT_EQ(run_error_hint("utility::get_qiro_user_folder() call error2"),
-              localized_text(HINT_DATA_FOLDER_MISSING, text_language::english));
-    EXPECT_TRUE(run_error_hint("qiro_plugin_instance_script::run_processing() : fault1.").empty());
-    EXPECT_TRUE(run_error_hint("").empty());
+    for (const auto& [error, hint] :
+         {std::pair{"::MultiByteUTF8ToWideChar() : failed", HINT_OUTPUT_NOT_UTF8},
+          std::pair{"script_file_access::script_file_access() : fault.",
+                    HINT_BRIDGE_FILE_NOT_WRITTEN},
+          std::pair{"utility::get_qiro_user_folder() call error2", HINT_DATA_FOLDER_MISSING},
+          std::pair{"qiro_plugin_instance_script::run_processing() : fault1.", ""},
+          std::pair{"", ""}}) {
+        EXPECT_EQ(run_error_hint(error),
+                  *hint ? localized_text(hint, text_language::english) : utf16_string{})
+            << error;
+    }
     utility::set_localized_string_provider({});
 }
 
