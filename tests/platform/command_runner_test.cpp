@@ -112,10 +112,16 @@ TEST(command_runner, completion_waits_for_a_background_process_holding_the_pipe)
 
 TEST(command_runner, streams_are_cut_at_64_mib_and_drained_in_bounded_memory) {
     constexpr std::size_t limit = 64 * 1024 * 1024;
+#if defined(__SANITIZE_ADDRESS__)
+    // Freed blocks wait in the address sanitizer's quarantine, so the bound allows for them.
+    constexpr long peak_limit_kib = 320 * 1024;
+#else
+    constexpr long peak_limit_kib = 160 * 1024;
+#endif
     peak_memory_since_last_call();
     auto outcome = run("head -c 209715200 /dev/zero | tr '\\0' x; echo tail >&2");
     // Keeping all 200 MiB, even for a moment, would need more than the 64 kept and growth room.
-    EXPECT_LT(peak_memory_since_last_call(), 160 * 1024);
+    EXPECT_LT(peak_memory_since_last_call(), peak_limit_kib);
     EXPECT_EQ(outcome.result, 0);
     ASSERT_EQ(outcome.std_output.size(), limit + 1);
     EXPECT_EQ(outcome.std_output[limit - 1], 'x');
