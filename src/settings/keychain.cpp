@@ -196,97 +196,95 @@ bool modify_item(const secret_library& a_library, SecretItem* a_item, const std:
     return a_library.item_set_secret_sync(a_item, value.get(), a_cancellable, error.out()) != FALSE;
 }
 
-} // namespace
-
-std::string get_password_in_keychain(const std::string& a_service, const std::string& a_account) {
+// Every call begins alike: the library, a deadline for the call and the opened service; a
+// call that cannot get that far answers a_failure.
+template <typename result_type, typename action_type>
+result_type with_service(const std::string& a_service, const std::string& a_account,
+                         result_type a_failure, action_type&& a_action) {
     const secret_library* library = library_for(a_service, a_account);
     if (library == nullptr) {
-        return {};
+        return a_failure;
     }
     call_deadline deadline(*library);
     auto service = open_service(*library, deadline.get());
     if (!service) {
-        return {};
+        return a_failure;
     }
-    auto item = find_item(*library, service.get(), a_service, a_account, true, deadline.get());
-    if (!item) {
-        return {};
-    }
-    value_handle value(library->item_get_secret(item.get()), value_deleter{library});
-    if (!value) {
-        return {};
-    }
-    gsize length = 0;
-    const gchar* bytes = library->value_get(value.get(), &length);
-    return bytes == nullptr ? std::string() : std::string(bytes, length);
+    return a_action(*library, service.get(), deadline.get());
+}
+
+} // namespace
+
+std::string get_password_in_keychain(const std::string& a_service, const std::string& a_account) {
+    return with_service(
+        a_service, a_account, std::string(),
+        [&](const secret_library& a_library, SecretService* a_handle,
+            GCancellable* a_deadline) -> std::string {
+            auto item = find_item(a_library, a_handle, a_service, a_account, true, a_deadline);
+            if (!item) {
+                return {};
+            }
+            value_handle value(a_library.item_get_secret(item.get()), value_deleter{&a_library});
+            if (!value) {
+                return {};
+            }
+            gsize length = 0;
+            const gchar* bytes = a_library.value_get(value.get(), &length);
+            return bytes == nullptr ? std::string() : std::string(bytes, length);
+        });
 }
 
 bool set_password_in_keychain(const std::string& a_service, const std::string& a_account,
                               const std::string& a_password) {
-    const secret_library* library = library_for(a_service, a_account);
-    if (library == nullptr) {
-        return false;
-    }
-    call_deadline deadline(*library);
-    auto service = open_service(*library, deadline.get());
-    if (!service) {
-        return false;
-    }
-    if (auto item =
-            find_item(*library, service.get(), a_service, a_account, false, deadline.get())) {
-        modify_item(*library, item.get(), a_password, deadline.get());
-        return true;
-    }
-    error_holder error(*library);
-    auto collection = hold(*library, library->collection_for_alias_sync(
-                                         service.get(), SECRET_COLLECTION_DEFAULT,
-                                         SECRET_COLLECTION_NONE, deadline.get(), error.out()));
-    // Creating the default keyring or unlocking it would ask the user.
-    if (!collection || library->collection_get_locked(collection.get())) {
-        return false;
-    }
-    GHashTable* attributes = make_attributes(*library, a_service, a_account);
-    auto value = make_value(*library, a_password);
-    auto created =
-        hold(*library,
-             library->item_create_sync(collection.get(), generic_password_schema(), attributes,
-                                       a_service.c_str(), value.get(), SECRET_ITEM_CREATE_REPLACE,
-                                       deadline.get(), error.out()));
-    library->hash_table_unref(attributes);
-    return created != nullptr;
+    return with_service(
+        a_service, a_account, false,
+        [&](const secret_library& a_library, SecretService* a_handle, GCancellable* a_deadline) {
+            if (auto item =
+                    find_item(a_library, a_handle, a_service, a_account, false, a_deadline)) {
+                modify_item(a_library, item.get(), a_password, a_deadline);
+                return true;
+            }
+            error_holder error(a_library);
+            auto collection = hold(a_library, a_library.collection_for_alias_sync(
+                                                  a_handle, SECRET_COLLECTION_DEFAULT,
+                                                  SECRET_COLLECTION_NONE, a_deadline, error.out()));
+            // Creating the default keyring or unlocking it would ask the user.
+            if (!collection || a_library.collection_get_locked(collection.get())) {
+                return false;
+            }
+            GHashTable* attributes = make_attributes(a_library, a_service, a_account);
+            auto value = make_value(a_library, a_password);
+            auto created =
+                hold(a_library,
+                     a_library.item_create_sync(
+                         collection.get(), generic_password_schema(), attributes, a_service.c_str(),
+                         value.get(), SECRET_ITEM_CREATE_REPLACE, a_deadline, error.out()));
+            a_library.hash_table_unref(attributes);
+            return created != nullptr;
+        });
 }
 
 bool modify_password_in_keychain(const std::string& a_service, const std::string& a_account,
                                  const std::string& a_password) {
-    const secret_library* library = library_for(a_service, a_account);
-    if (library == nullptr) {
-        return false;
-    }
-    call_deadline deadline(*library);
-    auto service = open_service(*library, deadline.get());
-    if (!service) {
-        return false;
-    }
-    auto item = find_item(*library, service.get(), a_service, a_account, false, deadline.get());
-    return item && modify_item(*library, item.get(), a_password, deadline.get());
+    return with_service(
+        a_service, a_account, false,
+        [&](const secret_library& a_library, SecretService* a_handle, GCancellable* a_deadline) {
+            auto item = find_item(a_library, a_handle, a_service, a_account, false, a_deadline);
+            return item && modify_item(a_library, item.get(), a_password, a_deadline);
+        });
 }
 
 bool delete_item_in_keychain(const std::string& a_service, const std::string& a_account) {
-    const secret_library* library = library_for(a_service, a_account);
-    if (library == nullptr) {
-        return false;
-    }
-    call_deadline deadline(*library);
-    auto service = open_service(*library, deadline.get());
-    if (!service) {
-        return false;
-    }
-    auto item = find_item(*library, service.get(), a_service, a_account, false, deadline.get());
-    if (!item) {
-        return false;
-    }
-    error_holder error(*library);
-    return library->item_delete_sync(item.get(), deadline.get(), error.out()) != FALSE;
+    return with_service(
+        a_service, a_account, false,
+        [&](const secret_library& a_library, SecretService* a_handle, GCancellable* a_deadline) {
+            auto item = find_item(a_library, a_handle, a_service, a_account, false, a_deadline);
+            if (!item) {
+                return false;
+            }
+            error_holder error(a_library);
+            return a_library.item_delete_sync(item.get(), a_deadline, error.out()) != FALSE;
+        });
 }
 
 } // namespace qiro_plugin::utility
