@@ -169,21 +169,27 @@ if (!$entry) {
     exit(0);
 }
 
-if ($method eq 'run_process') {
-    if (scalar(@ARGV) != 8 && scalar(@ARGV) != 9) {
-        print 'error : run_process() argument error.';
-        exit(0);
-    }
+# 処理とコールバックの要求: 位置 3 と 4 のキー名だけが違う
+sub make_request {
+    my ($first_key, $second_key) = @_;
     my %request = (
-        'composition_string' => decode_argument($ARGV[2]),
-        'reading_string' => decode_argument($ARGV[3]),
+        $first_key => decode_argument($ARGV[2]),
+        $second_key => decode_argument($ARGV[3]),
         'proxy_name' => decode_argument($ARGV[4]),
         'proxy_port' => int(url_decode($ARGV[5])),
         'proxy_username' => decode_argument($ARGV[6]),
         'proxy_password' => decode_argument($ARGV[7]),
     );
     $request{'path'} = decode_argument($ARGV[8]) if (scalar(@ARGV) == 9);
-    my %result = $entry->(\%request);
+    return \%request;
+}
+
+if ($method eq 'run_process') {
+    if (scalar(@ARGV) != 8 && scalar(@ARGV) != 9) {
+        print 'error : run_process() argument error.';
+        exit(0);
+    }
+    my %result = $entry->(make_request('composition_string', 'reading_string'));
     print Encode::encode_utf8(create_xml(\%result));
 }
 elsif ($method eq 'run_preference') {
@@ -199,15 +205,6 @@ elsif ($method eq 'run_callback') {
         print 'error : run_callback() argument error.';
         exit(0);
     }
-    my %request = (
-        'candidate_string' => decode_argument($ARGV[2]),
-        'composition_string' => decode_argument($ARGV[3]),
-        'proxy_name' => decode_argument($ARGV[4]),
-        'proxy_port' => int(url_decode($ARGV[5])),
-        'proxy_username' => decode_argument($ARGV[6]),
-        'proxy_password' => decode_argument($ARGV[7]),
-    );
-    $request{'path'} = decode_argument($ARGV[8]) if (scalar(@ARGV) == 9);
-    $entry->(\%request);
+    $entry->(make_request('candidate_string', 'composition_string'));
 }
 exit(0);

@@ -152,6 +152,21 @@ def create_xml(data):
     return xml + "</itemlist>\n"
 
 
+def make_request(first_key, second_key):
+    # 処理とコールバックの要求: 位置 3 と 4 のキー名だけが違う
+    request = {
+        first_key: url_decode(sys.argv[3]),
+        second_key: url_decode(sys.argv[4]),
+        "proxy_name": url_decode(sys.argv[5]),
+        "proxy_port": to_port(sys.argv[6]),
+        "proxy_username": url_decode(sys.argv[7]),
+        "proxy_password": url_decode(sys.argv[8]),
+    }
+    if len(sys.argv) == 10:
+        request["path"] = url_decode(sys.argv[9])
+    return request
+
+
 def main():
     # スクリプト名も数えるので、引数が一つもないときだけ成り立つ
     if len(sys.argv) < 2:
@@ -179,17 +194,7 @@ def main():
         if len(sys.argv) != 9 and len(sys.argv) != 10:
             write_text("error : run_process() argument error.")
             return
-        request = {
-            "composition_string": url_decode(sys.argv[3]),
-            "reading_string": url_decode(sys.argv[4]),
-            "proxy_name": url_decode(sys.argv[5]),
-            "proxy_port": to_port(sys.argv[6]),
-            "proxy_username": url_decode(sys.argv[7]),
-            "proxy_password": url_decode(sys.argv[8]),
-        }
-        if len(sys.argv) == 10:
-            request["path"] = url_decode(sys.argv[9])
-        xml = create_xml(entry(request))
+        xml = create_xml(entry(make_request("composition_string", "reading_string")))
         # プラグイン自身の出力を先に書き出してから文書を UTF-8 で書く
         sys.stdout.flush()
         sys.stdout.buffer.write(xml.encode("utf-8", "replace"))
@@ -203,17 +208,7 @@ def main():
         if len(sys.argv) != 9 and len(sys.argv) != 10:
             write_text("error : run_callback() argument error.")
             return
-        request = {
-            "candidate_string": url_decode(sys.argv[3]),
-            "composition_string": url_decode(sys.argv[4]),
-            "proxy_name": url_decode(sys.argv[5]),
-            "proxy_port": to_port(sys.argv[6]),
-            "proxy_username": url_decode(sys.argv[7]),
-            "proxy_password": url_decode(sys.argv[8]),
-        }
-        if len(sys.argv) == 10:
-            request["path"] = url_decode(sys.argv[9])
-        entry(request)
+        entry(make_request("candidate_string", "composition_string"))
 
 
 main()

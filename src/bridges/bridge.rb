@@ -131,6 +131,20 @@ def decode_argument(string)
   CGI.unescape(string)
 end
 
+# 処理とコールバックの要求: 位置 3 と 4 のキー名だけが違う
+def make_request(first_key, second_key)
+  request = {
+    first_key => decode_argument(ARGV[2]),
+    second_key => decode_argument(ARGV[3]),
+    "proxy_name" => decode_argument(ARGV[4]),
+    "proxy_port" => ARGV[5].to_i,
+    "proxy_username" => decode_argument(ARGV[6]),
+    "proxy_password" => decode_argument(ARGV[7]),
+  }
+  request["path"] = decode_argument(ARGV[8]) if ARGV.length == 9
+  request
+end
+
 if ARGV.length < 2
   print "error : argument error."
   exit
@@ -163,16 +177,7 @@ when "run_process"
     print "error : run_process() argument error."
     exit
   end
-  request = {
-    "composition_string" => decode_argument(ARGV[2]),
-    "reading_string" => decode_argument(ARGV[3]),
-    "proxy_name" => decode_argument(ARGV[4]),
-    "proxy_port" => ARGV[5].to_i,
-    "proxy_username" => decode_argument(ARGV[6]),
-    "proxy_password" => decode_argument(ARGV[7]),
-  }
-  request["path"] = decode_argument(ARGV[8]) if ARGV.length == 9
-  print create_xml(entry.call(request))
+  print create_xml(entry.call(make_request("composition_string", "reading_string")))
 when "run_preference"
   if ARGV.length != 3
     print "error : run_preference() argument error."
@@ -184,14 +189,5 @@ when "run_callback"
     print "error : run_callback() argument error."
     exit
   end
-  request = {
-    "candidate_string" => decode_argument(ARGV[2]),
-    "composition_string" => decode_argument(ARGV[3]),
-    "proxy_name" => decode_argument(ARGV[4]),
-    "proxy_port" => ARGV[5].to_i,
-    "proxy_username" => decode_argument(ARGV[6]),
-    "proxy_password" => decode_argument(ARGV[7]),
-  }
-  request["path"] = decode_argument(ARGV[8]) if ARGV.length == 9
-  entry.call(request)
+  entry.call(make_request("candidate_string", "composition_string"))
 end
