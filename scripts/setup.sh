@@ -11,7 +11,7 @@ shift
 packages=(
     build-essential cmake ninja-build pkg-config clang
     qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools
-    libxml2-dev libssl-dev libplist-dev libsecret-1-dev libglib2.0-dev
+    libxml2-dev libplist-dev libsecret-1-dev libglib2.0-dev
     libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     perl ruby python3 python-is-python3

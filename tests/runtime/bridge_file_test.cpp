@@ -3,18 +3,57 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
+#include <cstdio>
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace fs = std::filesystem;
 
 TEST(create_sha_hash, gives_upper_case_hex_digest_and_nothing_for_empty_text) {
-    EXPECT_EQ(qiro_plugin::create_sha_hash(""), "");
-    EXPECT_EQ(qiro_plugin::create_sha_hash("abc"), "A9993E364706816ABA3E25717850C26C9CD0D89D");
+    using qiro_plugin::create_sha_hash;
+    EXPECT_EQ(create_sha_hash(""), "");
+    EXPECT_EQ(create_sha_hash("abc"), "A9993E364706816ABA3E25717850C26C9CD0D89D");
+    EXPECT_EQ(create_sha_hash("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
+              "84983E441C3BD26EBAAE4AA1F95129E5E54670F1");
+    EXPECT_EQ(create_sha_hash(std::string(1000000, 'a')),
+              "34AA973CD4C4DAA4F61EEB2BDBAD27316534016F");
+
+    // Every length around the one- and two-block padding edges, against coreutils' sha1sum.
+    const fs::path folder = fs::temp_directory_path() / ("sha_hash_" + std::to_string(getpid()));
+    fs::create_directories(folder);
+    std::string command = "cd '" + folder.string() + "' && sha1sum";
+    std::vector<std::string> expected;
+    for (int length = 1; length <= 140; ++length) {
+        std::string text;
+        for (int i = 0; i < length; ++i) {
+            text += static_cast<char>((i * 37 + length) & 0xFF);
+        }
+        std::ofstream(folder / std::to_string(length), std::ios::binary) << text;
+        command += " " + std::to_string(length);
+        expected.push_back(create_sha_hash(text));
+    }
+    FILE* pipe = ::popen(command.c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    char line[256];
+    std::size_t index = 0;
+    while (std::fgets(line, sizeof line, pipe) != nullptr && index < expected.size()) {
+        std::string digest(line, 40);
+        for (char& c : digest) {
+            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        }
+        EXPECT_EQ(expected[index], digest) << "length " << index + 1;
+        ++index;
+    }
+    EXPECT_EQ(::pclose(pipe), 0);
+    EXPECT_EQ(index, expected.size());
+    fs::remove_all(folder);
 }
 
 TEST(script_file_access, writes_privately_accepts_only_its_own_text_and_always_removes) {
