@@ -24,7 +24,10 @@ const char* const folder_help = "the plug-in folder (default: plugin/ beside thi
 } // namespace
 
 int main(int argc, char** argv) {
-    std::setlocale(LC_ALL, "");
+    // Only the character type and the system's error texts follow the user's locale: numbers
+    // and sorting stay fixed for scripts, and each further category is files to load per run.
+    std::setlocale(LC_CTYPE, "");
+    std::setlocale(LC_MESSAGES, "");
     qiro_plugin::utility::end_running_commands_on_termination_signals();
     qiro_plugin::debugger::install_localized_text_provider(
         qiro_plugin::debugger::language_from_environment());

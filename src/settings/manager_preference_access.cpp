@@ -48,6 +48,11 @@ void read_text(const char* a_key, utf16_string& a_field) {
 }
 
 std::uint32_t checked_candidate_change_key(std::uint32_t a_code) {
+    // The default is assignable by definition; building the key table costs a plug-in run
+    // a third of a millisecond, so it is built only for a key someone chose.
+    if (a_code == QIRO_PLUGIN_MANAGER_DEFAULT_CANDIDATE_CHANGE_KEY) {
+        return a_code;
+    }
     const auto& table =
         zul_key_access::getInstance(zul_key_access::TYPE_QIRO_LUMEN_CANDIDATE_CHANGE);
     return table.is_zul_key(a_code) ? a_code : QIRO_PLUGIN_MANAGER_DEFAULT_CANDIDATE_CHANGE_KEY;

@@ -6,6 +6,23 @@
 
 namespace qiro_plugin::utility {
 
+namespace {
+
+int hex_digit_value(char a_character) {
+    if (a_character >= '0' && a_character <= '9') {
+        return a_character - '0';
+    }
+    if (a_character >= 'A' && a_character <= 'F') {
+        return a_character - 'A' + 10;
+    }
+    if (a_character >= 'a' && a_character <= 'f') {
+        return a_character - 'a' + 10;
+    }
+    return -1;
+}
+
+} // namespace
+
 std::string url_encode(const std::string& a_text) {
     static constexpr char k_hex[] = "0123456789ABCDEF";
     std::string result;
@@ -36,6 +53,14 @@ std::string url_decode(const std::string& a_text) {
             result.push_back(' ');
             ++i;
         } else if (byte == '%' && i + 2 < size) {
+            const int high = hex_digit_value(a_text[i + 1]);
+            const int low = hex_digit_value(a_text[i + 2]);
+            if (high >= 0 && low >= 0) {
+                // Every byte of an embedded bridge takes this path, twice per Run.
+                result.push_back(static_cast<char>(high * 16 + low));
+                i += 3;
+                continue;
+            }
             // The number reader's own rules (leading blanks, a sign) are part of the format.
             const char digits[3] = {a_text[i + 1], a_text[i + 2], '\0'};
             char* end = nullptr;
