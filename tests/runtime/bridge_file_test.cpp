@@ -5,7 +5,6 @@
 
 #include <cctype>
 #include <cstdio>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
