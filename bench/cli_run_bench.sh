@@ -6,7 +6,7 @@
 set -euo pipefail
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-build_dir="${1:-$root/build}"
+build_dir="$(cd "${1:-$root/build}" && pwd)"
 runs="${2:-30}"
 warmup=3
 bin="$build_dir/bin"
@@ -23,7 +23,7 @@ fi
 export PATH="/usr/bin:/bin"
 export LC_ALL=C.UTF-8
 scratch="$(mktemp -d)"
-trap 'rm -rf "$scratch"' EXIT
+trap 'cd / && rm -rf "$scratch"' EXIT
 export HOME="$scratch/home"
 export QIRO_MACHINE_PREFERENCES_DIR="$scratch/machine"
 mkdir -p "$HOME" "$QIRO_MACHINE_PREFERENCES_DIR"
@@ -53,8 +53,8 @@ read_children_ticks() {
 }
 
 # Runs the floor and the program alternately, so that both meet the same load on a shared
-# machine; sets floor_ms, full_ms (medians of wall time) and floor_cpu, full_cpu (mean CPU
-# time of the whole process tree).
+# machine; sets floor_ms, full_ms (medians of wall time), overhead_ms (median of the pairs'
+# differences) and floor_cpu, full_cpu (mean CPU time of the whole process tree).
 measure_pair() {
     local i start before floor_samples=() full_samples=() floor_ticks=0 full_ticks=0
     for ((i = 0; i < warmup; ++i)); do
@@ -78,20 +78,27 @@ measure_pair() {
     done
     floor_ms=$(printf '%s\n' "${floor_samples[@]}" | median_ms)
     full_ms=$(printf '%s\n' "${full_samples[@]}" | median_ms)
+    # The overhead of each pair, then their median: a pair shares the machine's load of its
+    # moment, which the difference of the two medians would not cancel.
+    overhead_ms=$(for ((i = 0; i < runs; ++i)); do
+        echo $((full_samples[i] - floor_samples[i]))
+    done | median_ms)
     floor_cpu=$(awk -v t="$floor_ticks" -v n="$runs" 'BEGIN { printf "%.1f", t * 10 / n }')
     full_cpu=$(awk -v t="$full_ticks" -v n="$runs" 'BEGIN { printf "%.1f", t * 10 / n }')
 }
 
-# The floor's two commands, as the runtime builds them, in the data folder.
+# The floor's two commands, as the runtime builds them, run from the data folder.
 floor_run() {
     local interpreter="$1" bridge="$2" plugin="$3"
     shift 3
-    (cd "$data_folder" &&
-        "$interpreter" "$bridge" "$plugin" syntax_check &&
-        "$interpreter" "$bridge" "$plugin" run_process "$@")
+    "$interpreter" "$bridge" "$plugin" syntax_check &&
+        "$interpreter" "$bridge" "$plugin" run_process "$@"
 }
 
 "$qiro_lumen" run --plugin-folder "$plugins" sample_perl.pl "$written_form" >/dev/null # makes the data folder
+# Both sides start from the data folder, where the runtime runs its commands, so that the floor
+# pays no subshell of its own.
+cd "$data_folder"
 
 printf '%-18s %10s %14s %10s %14s %14s\n' "plug-in" "floor ms" "qiro-lumen ms" "overhead" \
     "floor CPU ms" "qiro-lumen CPU"
@@ -102,7 +109,8 @@ for sample in sample_perl.pl sample_ruby.rb sample_python.py; do
     *.rb) language=ruby interpreter=ruby ;;
     *.py) language=python interpreter=python ;;
     esac
-    bridge="$scratch/bridge-$language"
+    # Where and with the extension that the runtime gives its bridge files.
+    bridge="bench-floor-bridge.${sample##*.}"
     "$qiro_lumen" bridge "$language" >"$bridge"
     arguments=("$(url_encode "$written_form")" "" "" 0 "" "")
     xml="$plugins/${sample%.*}.xml"
@@ -114,11 +122,12 @@ for sample in sample_perl.pl sample_ruby.rb sample_python.py; do
     floor_command=("$interpreter" "$bridge" "$(url_encode "$plugins/$sample")" "${arguments[@]}")
     full_command=("$qiro_lumen" run --plugin-folder "$plugins" "$sample" "$written_form")
     measure_pair
-    overhead=$(awk -v a="$full_ms" -v b="$floor_ms" 'BEGIN { printf "%.1f", a - b }')
+    overhead=$overhead_ms
     printf '%-18s %10s %14s %10s %14s %14s\n' "$sample" "$floor_ms" "$full_ms" "$overhead" \
         "$floor_cpu" "$full_cpu"
     if awk -v o="$overhead" 'BEGIN { exit !(o > 10) }'; then status=1; fi
 done
-echo "wall times: medians of $runs interleaved runs after $warmup warm-up; CPU: means"
+echo "wall times: medians of $runs interleaved pairs after $warmup warm-up; overhead: median of"
+echo "the pairs' differences; CPU: means"
 echo "goal: overhead (wall) at most 10 ms per language"
 exit $status
