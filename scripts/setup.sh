@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build, the samples and the tests need, when
+# Installs the Debian packages the build, the samples and the tests need (the static archives
+# of libxml2, ICU, zlib and liblzma that qiro-lumen links in come with their -dev packages), when
 # any is missing, then configures and builds incrementally with Ninja.
 # Usage: scripts/setup.sh BUILD_DIR [extra cmake arguments...]
 set -euo pipefail
@@ -11,7 +12,7 @@ shift
 packages=(
     build-essential cmake ninja-build pkg-config clang
     qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools
-    libxml2-dev libplist-dev libsecret-1-dev libglib2.0-dev
+    libxml2-dev libicu-dev zlib1g-dev liblzma-dev libplist-dev libsecret-1-dev libglib2.0-dev
     libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     perl ruby python3 python-is-python3
