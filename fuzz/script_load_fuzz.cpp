@@ -1,23 +1,13 @@
 // Feeds arbitrary bytes to the result document reader and checks what it promises about its
 // records.
 
+#include "fuzz_require.hpp"
 #include "xml/script_load.hpp"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
-
-namespace {
-
-void require(bool a_condition) {
-    if (!a_condition) {
-        std::abort();
-    }
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_size) {
     const std::string text(reinterpret_cast<const char*>(a_data), a_size);

@@ -1,21 +1,11 @@
 // Feeds arbitrary bytes to the preference document reader and checks the bounds of its record.
 
+#include "fuzz_require.hpp"
 #include "xml/script_preference.hpp"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
-
-namespace {
-
-void require(bool a_condition) {
-    if (!a_condition) {
-        std::abort();
-    }
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_size) {
     const std::string text(reinterpret_cast<const char*>(a_data), a_size);

@@ -3,6 +3,7 @@
 
 #include "bridges/bridge_scripts.hpp"
 #include "bridges/protocol.hpp"
+#include "support/scratch_folder.hpp"
 #include "text/url_xml_escape.hpp"
 
 #include <gtest/gtest.h>
@@ -11,10 +12,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <ostream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -42,10 +40,8 @@ struct process_output {
     int exit_status = -1;
 };
 
-inline std::string read_bytes(const std::filesystem::path& a_path) {
-    std::ifstream file(a_path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-}
+using test_support::read_file;
+using test_support::write_file;
 
 inline std::string repeat(const std::string& a_text, std::size_t a_count) {
     std::string result;
@@ -75,20 +71,9 @@ inline std::string item(const std::string& a_title, const std::string& a_fields 
 class bridge_test : public ::testing::TestWithParam<language> {
 protected:
     bridge_test() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "qiro_bridges_XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr) {
-            throw std::runtime_error("mkdtemp failed");
-        }
-        m_folder = pattern;
         std::filesystem::create_directories(m_folder / "home");
         std::filesystem::create_directories(plugin_folder());
-        std::ofstream(m_folder / bridge_name(), std::ios::binary)
-            << utility::url_decode(GetParam().stored_script());
-    }
-    ~bridge_test() override {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
+        write_file(m_folder / bridge_name(), utility::url_decode(GetParam().stored_script()));
     }
 
     bool is(const char* a_name) const { return std::string(GetParam().name) == a_name; }
@@ -121,7 +106,7 @@ protected:
         const int status = std::system(("cd '" + folder + "' && HOME='" + folder + "/home' " +
                                         a_line + " </dev/null >.out 2>.err")
                                            .c_str());
-        return {read_bytes(m_folder / ".out"), read_bytes(m_folder / ".err"),
+        return {read_file(m_folder / ".out"), read_file(m_folder / ".err"),
                 WIFEXITED(status) ? WEXITSTATUS(status) : -1};
     }
 
@@ -137,7 +122,8 @@ protected:
         return run_line(line);
     }
 
-    std::filesystem::path m_folder;
+    test_support::scratch_folder m_scratch{"qiro_bridges"};
+    const std::filesystem::path m_folder = m_scratch.path();
 };
 
 } // namespace qiro_plugin::test

@@ -5,7 +5,7 @@ namespace {
 
 TEST(embedded_script, decodes_to_the_source_file_byte_for_byte) {
     for (const auto& each : all_languages()) {
-        const std::string source = read_bytes(std::filesystem::path(QIRO_BRIDGES_SOURCE_DIR) /
+        const std::string source = read_file(std::filesystem::path(QIRO_BRIDGES_SOURCE_DIR) /
                                               (std::string("bridge.") + each.extension));
         ASSERT_FALSE(source.empty()) << each.name;
         EXPECT_EQ(utility::url_decode(each.stored_script()), source) << each.name;

@@ -2,9 +2,6 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,11 +32,6 @@ std::string qiro_lumen_path() {
 }
 
 cli_sandbox::cli_sandbox() {
-    std::string pattern = (fs::temp_directory_path() / "qiro-cli-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) {
-        throw std::runtime_error("mkdtemp failed");
-    }
-    m_root = pattern;
     fs::create_directories(home());
     fs::create_directories(m_root / "machine");
     fs::copy(fs::path(QIRO_TEST_DATA_DIR) / "cli", plugins(), fs::copy_options::recursive);
@@ -50,9 +42,9 @@ cli_sandbox::cli_sandbox() {
 }
 
 cli_sandbox::~cli_sandbox() {
+    // A test may have taken the write permission away; the folder's removal needs it back.
     std::error_code ignored;
     fs::permissions(m_root, fs::perms::owner_all, fs::perm_options::add, ignored);
-    fs::remove_all(m_root, ignored);
 }
 
 // The standard streams are files, not pipes: nothing can block on a full pipe, and a plug-in
@@ -61,7 +53,7 @@ process_result cli_sandbox::run_program(const std::vector<std::string>& a_argume
                                         const std::string& a_input) const {
     const std::string streams[] = {(m_root / "stdin").string(), (m_root / "stdout").string(),
                                    (m_root / "stderr").string()};
-    std::ofstream(streams[0], std::ios::binary) << a_input;
+    test_support::write_file(streams[0], a_input);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     for (int fd = 0; fd < 3; ++fd) {
@@ -79,11 +71,8 @@ process_result cli_sandbox::run_program(const std::vector<std::string>& a_argume
     while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    std::ostringstream out, err;
-    out << std::ifstream(streams[1], std::ios::binary).rdbuf();
-    err << std::ifstream(streams[2], std::ios::binary).rdbuf();
-    result.out = out.str();
-    result.err = err.str();
+    result.out = test_support::read_file(streams[1]);
+    result.err = test_support::read_file(streams[2]);
     return result;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 // Runs the built qiro-lumen as a child process in a private home and collects what it wrote.
 
+#include "support/scratch_folder.hpp"
+
 #include <filesystem>
 #include <map>
 #include <spawn.h>
@@ -45,7 +47,8 @@ public:
     std::map<std::string, std::string> environment;
 
 private:
-    std::filesystem::path m_root;
+    test_support::scratch_folder m_scratch{"qiro-cli"};
+    const std::filesystem::path m_root = m_scratch.path();
 };
 
 } // namespace qiro_plugin::cli::testing

@@ -1,14 +1,13 @@
 #pragma once
-// Scratch folders, a scratch home, file modes and a view of this process's children for the tests.
+// A scratch home, file modes and a view of this process's children for the tests.
+
+#include "support/scratch_folder.hpp"
 
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -18,36 +17,9 @@
 
 namespace platform_test {
 
-inline std::string read_file(const std::filesystem::path& a_path) {
-    std::ifstream stream(a_path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
-inline void write_file(const std::filesystem::path& a_path, const std::string& a_bytes) {
-    std::ofstream(a_path, std::ios::binary | std::ios::trunc) << a_bytes;
-}
-
-// A fresh folder under the system's temporary folder, removed with everything in it.
-class scratch_folder {
-public:
-    scratch_folder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "qiro_XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr) {
-            throw std::runtime_error("mkdtemp failed");
-        }
-        m_path = pattern;
-    }
-    ~scratch_folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    scratch_folder(const scratch_folder&) = delete;
-    scratch_folder& operator=(const scratch_folder&) = delete;
-    const std::filesystem::path& path() const { return m_path; }
-
-private:
-    std::filesystem::path m_path;
-};
+using test_support::read_file;
+using test_support::scratch_folder;
+using test_support::write_file;
 
 // HOME pointed at a fresh scratch folder for the lifetime of the object, then restored.
 class scratch_home : public scratch_folder {

@@ -1,13 +1,12 @@
 #include "runtime/script_file_access.hpp"
 #include "runtime/sha_hash.hpp"
+#include "support/scratch_folder.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,8 +24,8 @@ TEST(create_sha_hash, gives_upper_case_hex_digest_and_nothing_for_empty_text) {
               "34AA973CD4C4DAA4F61EEB2BDBAD27316534016F");
 
     // Every length around the one- and two-block padding edges, against coreutils' sha1sum.
-    const fs::path folder = fs::temp_directory_path() / ("sha_hash_" + std::to_string(getpid()));
-    fs::create_directories(folder);
+    const test_support::scratch_folder scratch("qiro-sha");
+    const fs::path& folder = scratch.path();
     std::string command = "cd '" + folder.string() + "' && sha1sum";
     std::vector<std::string> expected;
     for (int length = 1; length <= 140; ++length) {
@@ -34,7 +33,7 @@ TEST(create_sha_hash, gives_upper_case_hex_digest_and_nothing_for_empty_text) {
         for (int i = 0; i < length; ++i) {
             text += static_cast<char>((i * 37 + length) & 0xFF);
         }
-        std::ofstream(folder / std::to_string(length), std::ios::binary) << text;
+        test_support::write_file(folder / std::to_string(length), text);
         command += " " + std::to_string(length);
         expected.push_back(create_sha_hash(text));
     }
@@ -52,20 +51,16 @@ TEST(create_sha_hash, gives_upper_case_hex_digest_and_nothing_for_empty_text) {
     }
     EXPECT_EQ(::pclose(pipe), 0);
     EXPECT_EQ(index, expected.size());
-    fs::remove_all(folder);
 }
 
 TEST(script_file_access, writes_privately_accepts_only_its_own_text_and_always_removes) {
-    const fs::path folder = fs::temp_directory_path() / ("bridge_file_" + std::to_string(getpid()));
-    fs::create_directories(folder);
+    const test_support::scratch_folder scratch("qiro-bridge-file");
+    const fs::path& folder = scratch.path();
     const std::string prefix = folder.string() + "/";
-    const auto read = [](const fs::path& a_path) {
-        std::ifstream in(a_path, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    };
+    using test_support::read_file;
     {
         qiro_plugin::script_file_access file(prefix, "a.py", "print%28%22x%22%29+%23");
-        EXPECT_EQ(read(folder / "a.py"), "print(\"x\") #");
+        EXPECT_EQ(read_file(folder / "a.py"), "print(\"x\") #");
         struct stat info {};
         ASSERT_EQ(::stat(file.get_path().c_str(), &info), 0);
         EXPECT_EQ(info.st_mode & 0777, 0600u);
@@ -73,10 +68,10 @@ TEST(script_file_access, writes_privately_accepts_only_its_own_text_and_always_r
     EXPECT_FALSE(fs::exists(folder / "a.py"));
 
     // A leftover with the same text is taken over (and removed); anything else is refused.
-    std::ofstream(folder / "same.py") << "x";
+    test_support::write_file(folder / "same.py", "x");
     { qiro_plugin::script_file_access same(prefix, "same.py", "%78"); }
     EXPECT_FALSE(fs::exists(folder / "same.py"));
-    std::ofstream(folder / "other.py") << "y";
+    test_support::write_file(folder / "other.py", "y");
     fs::create_symlink(folder / "target", folder / "link.py");
     fs::create_directory(folder / "dir.py");
     ASSERT_EQ(::mkfifo((folder / "fifo.py").c_str(), 0600), 0);
@@ -84,7 +79,6 @@ TEST(script_file_access, writes_privately_accepts_only_its_own_text_and_always_r
         EXPECT_THROW(qiro_plugin::script_file_access(prefix, name, "%78"), std::runtime_error)
             << name;
     }
-    EXPECT_EQ(read(folder / "other.py"), "y");
+    EXPECT_EQ(read_file(folder / "other.py"), "y");
     EXPECT_FALSE(fs::exists(folder / "target"));
-    fs::remove_all(folder);
 }

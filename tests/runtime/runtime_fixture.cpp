@@ -4,9 +4,7 @@
 #include "text/string_encode.hpp"
 
 #include <cstdlib>
-#include <fstream>
 #include <regex>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -27,9 +25,7 @@ const language_row LANGUAGES[3] = {
 };
 
 void runtime_fixture::SetUp() {
-    std::string pattern = (fs::temp_directory_path() / "qiro-runtime-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    m_root = pattern;
+    m_root = m_scratch.emplace("qiro-runtime").path();
     m_home = m_root / "home";
     m_plugins = m_root / "plugins";
     m_echo_file = m_root / "echo.txt";
@@ -49,8 +45,7 @@ void runtime_fixture::SetUp() {
 }
 
 void runtime_fixture::TearDown() {
-    std::error_code ignored;
-    fs::remove_all(m_root, ignored);
+    m_scratch.reset();
 }
 
 std::string runtime_fixture::data_folder() const {
@@ -82,17 +77,6 @@ runtime_fixture::make_instance(const fs::path& a_folder, const std::string& a_fi
     return std::make_unique<qiro_plugin::qiro_plugin_instance_script>(
         to_utf16(a_folder.string() + "/"), to_utf16(a_file_name), a_row.command_name,
         a_row.extension, a_row.module_type, a_script_code.empty() ? a_row.script() : a_script_code);
-}
-
-std::string read_file(const fs::path& a_path) {
-    std::ifstream stream(a_path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
-void write_file(const fs::path& a_path, const std::string& a_text) {
-    std::ofstream(a_path, std::ios::binary) << a_text;
 }
 
 } // namespace qiro_test

@@ -3,12 +3,14 @@
 // own), and helpers to make script instances and inspect the data folder.
 
 #include "runtime/plugin_instance_script.hpp"
+#include "support/scratch_folder.hpp"
 #include "text/utf16_string.hpp"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,13 +47,14 @@ protected:
                   const language_row& a_row = python_row(),
                   const std::string& a_script_code = {}) const;
 
-    std::filesystem::path m_root;      // removed after the test
+    std::optional<test_support::scratch_folder> m_scratch;
+    std::filesystem::path m_root;      // m_scratch's folder, removed after the test
     std::filesystem::path m_home;      // HOME during the test
     std::filesystem::path m_plugins;   // a folder for plug-in files
     std::filesystem::path m_echo_file; // where the echo plug-ins write what they saw
 };
 
-std::string read_file(const std::filesystem::path& a_path);
-void write_file(const std::filesystem::path& a_path, const std::string& a_text);
+using test_support::read_file;
+using test_support::write_file;
 
 } // namespace qiro_test

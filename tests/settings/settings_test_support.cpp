@@ -6,9 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
 
 namespace qiro_test {
 
@@ -30,12 +27,6 @@ void forget_unwritten_changes() {
 } // namespace
 
 private_home::private_home(bool a_isolate_keyring) {
-    std::string pattern =
-        (std::filesystem::temp_directory_path() / "qiro-settings-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) {
-        throw std::runtime_error("mkdtemp failed");
-    }
-    m_root = pattern;
     std::filesystem::create_directories(m_root / "home");
     setenv("HOME", (m_root / "home").c_str(), 1);
     setenv("QIRO_MACHINE_PREFERENCES_DIR", (m_root / "machine").c_str(), 1);
@@ -48,8 +39,6 @@ private_home::private_home(bool a_isolate_keyring) {
 
 private_home::~private_home() {
     forget_unwritten_changes();
-    std::error_code error;
-    std::filesystem::remove_all(m_root, error);
 }
 
 std::filesystem::path private_home::user_file(const std::string& a_domain) const {
@@ -62,13 +51,7 @@ std::filesystem::path private_home::machine_file(const std::string& a_domain) co
 
 void write_file(const std::filesystem::path& a_path, const std::string& a_bytes) {
     std::filesystem::create_directories(a_path.parent_path());
-    std::ofstream(a_path, std::ios::binary) << a_bytes;
-}
-
-std::string read_file(const std::filesystem::path& a_path) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(a_path, std::ios::binary).rdbuf();
-    return bytes.str();
+    test_support::write_file(a_path, a_bytes);
 }
 
 void write_plist_file(const std::filesystem::path& a_path,

@@ -3,6 +3,7 @@
 
 #include "settings/plist_codec.hpp"
 #include "settings/preference_value.hpp"
+#include "support/scratch_folder.hpp"
 
 #include <filesystem>
 #include <string>
@@ -23,11 +24,13 @@ public:
     std::filesystem::path machine_file(const std::string& a_domain) const;
 
 private:
-    std::filesystem::path m_root;
+    test_support::scratch_folder m_scratch{"qiro-settings"};
+    const std::filesystem::path m_root = m_scratch.path();
 };
 
+// Writes the bytes, making the folders on the way.
 void write_file(const std::filesystem::path& a_path, const std::string& a_bytes);
-std::string read_file(const std::filesystem::path& a_path);
+using test_support::read_file;
 void write_plist_file(
     const std::filesystem::path& a_path, const qiro_plugin::preferences::preference_value& a_root,
     qiro_plugin::preferences::plist_format a_format = qiro_plugin::preferences::plist_format::xml);

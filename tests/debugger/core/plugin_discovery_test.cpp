@@ -1,12 +1,11 @@
 #include "debugger/core/plugin_discovery.hpp"
 #include "debugger/core/plugin_menu_model.hpp"
 #include "run_fakes.hpp"
+#include "support/scratch_folder.hpp"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 namespace qiro_plugin::debugger {
@@ -18,15 +17,16 @@ using titles = std::vector<utf16_string>;
 class temporary_folder {
 public:
     temporary_folder() {
-        std::string pattern = (fs::temp_directory_path() / "qiro-discovery-XXXXXX").string();
-        path = mkdtemp(pattern.data());
         const auto text = path.string() + "/";
         folder = utf16_string(text.begin(), text.end());
     }
-    ~temporary_folder() { fs::remove_all(path); }
-    void touch(const std::string& a_name) const { std::ofstream(path / a_name) << "x"; }
+    void touch(const std::string& a_name) const { test_support::write_file(path / a_name, "x"); }
 
-    fs::path path;
+private:
+    test_support::scratch_folder m_scratch{"qiro-discovery"};
+
+public:
+    const fs::path path = m_scratch.path();
     utf16_string folder; // with its final slash
 };
 

@@ -1,0 +1,46 @@
+#pragma once
+// Scratch folders and whole-file reads and writes, shared by the tests of every folder.
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+namespace test_support {
+
+inline std::string read_file(const std::filesystem::path& a_path) {
+    std::ifstream stream(a_path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+inline void write_file(const std::filesystem::path& a_path, const std::string& a_bytes) {
+    std::ofstream(a_path, std::ios::binary | std::ios::trunc) << a_bytes;
+}
+
+// A fresh folder under the system's temporary folder, removed with everything in it.
+class scratch_folder {
+public:
+    explicit scratch_folder(const std::string& a_prefix = "qiro") {
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / (a_prefix + "-XXXXXX")).string();
+        if (::mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("mkdtemp failed");
+        }
+        m_path = pattern;
+    }
+    ~scratch_folder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+    scratch_folder(const scratch_folder&) = delete;
+    scratch_folder& operator=(const scratch_folder&) = delete;
+    const std::filesystem::path& path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+} // namespace test_support
