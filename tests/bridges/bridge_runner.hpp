@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <ostream>
@@ -21,18 +20,16 @@ namespace qiro_plugin::test {
 struct language {
     const char* name; // also the interpreter's command
     const char* extension;
+    const char* upper_extension;
     const std::string& (*stored_script)();
     friend void PrintTo(const language& a_language, std::ostream* a_stream) {
         *a_stream << a_language.name;
     }
 };
 
-inline const std::vector<language>& all_languages() {
-    static const std::vector<language> values{{"perl", "pl", &bridge::perl_script},
-                                              {"ruby", "rb", &bridge::ruby_script},
-                                              {"python", "py", &bridge::python_script}};
-    return values;
-}
+inline const language k_languages[] = {{"perl", "pl", "PL", &bridge::perl_script},
+                                       {"ruby", "rb", "RB", &bridge::ruby_script},
+                                       {"python", "py", "PY", &bridge::python_script}};
 
 struct process_output {
     std::string out;
@@ -42,6 +39,8 @@ struct process_output {
 
 using test_support::read_file;
 using test_support::write_file;
+// The command-line form of a text: its UTF-8 bytes URL-encoded.
+using utility::url_encode;
 
 inline std::string repeat(const std::string& a_text, std::size_t a_count) {
     std::string result;
@@ -49,11 +48,6 @@ inline std::string repeat(const std::string& a_text, std::size_t a_count) {
         result += a_text;
     }
     return result;
-}
-
-// The command-line form of a text: its UTF-8 bytes URL-encoded.
-inline std::string encoded(const std::string& a_text) {
-    return utility::url_encode(a_text);
 }
 
 const std::string k_header = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n\n<itemlist>\n";
@@ -72,32 +66,27 @@ class bridge_test : public ::testing::TestWithParam<language> {
 protected:
     bridge_test() {
         std::filesystem::create_directories(m_folder / "home");
-        std::filesystem::create_directories(plugin_folder());
-        write_file(m_folder / bridge_name(), utility::url_decode(GetParam().stored_script()));
+        std::filesystem::create_directories(m_plugins);
+        write_file(m_folder / m_bridge, utility::url_decode(GetParam().stored_script()));
     }
 
     bool is(const char* a_name) const { return std::string(GetParam().name) == a_name; }
-    std::string bridge_name() const {
-        return std::string("0123456789abcdef0123456789abcdef01234567.") + GetParam().extension;
-    }
-    std::filesystem::path plugin_folder() const {
-        return m_folder / "plug ins+\xE6\x97\xA5\xE6\x9C\xAC"; // 日本
-    }
 
     // The command-line form of a fixture plug-in of tests/data/bridges, copied (when it exists)
-    // into a folder with blanks and a plus sign, under an upper-case extension.
+    // into m_plugins under an upper-case extension.
     std::string plugin(const std::string& a_stem) const {
-        std::string extension = GetParam().extension;
-        for (auto& letter : extension) {
-            letter = static_cast<char>(std::toupper(static_cast<unsigned char>(letter)));
-        }
-        const auto copy = plugin_folder() / (a_stem + "." + extension);
+        const auto copy = m_plugins / (a_stem + "." + GetParam().upper_extension);
         const auto source = std::filesystem::path(QIRO_TEST_DATA_DIR) / "bridges" /
                             (a_stem + "." + GetParam().extension);
         if (std::filesystem::exists(source) && !std::filesystem::exists(copy)) {
             std::filesystem::copy_file(source, copy);
         }
-        return encoded(copy.string());
+        return url_encode(copy.string());
+    }
+
+    // The values of a processing run of the fixture plug-in on a written form.
+    std::vector<std::string> processing(const std::string& a_written) const {
+        return {plugin("plugin"), "run_process", url_encode(a_written), "", "", "0", "", ""};
     }
 
     // Runs one shell command line in the data folder with HOME inside it.
@@ -111,11 +100,10 @@ protected:
     }
 
     // Runs the bridge with values already in their command-line form, each in the host's quotes.
-    process_output run(const std::vector<std::string>& a_values) const {
+    process_output run(std::vector<std::string> a_values) const {
+        a_values.insert(a_values.begin(), m_bridge);
         std::string line = GetParam().name;
-        std::vector<std::string> words{bridge_name()};
-        words.insert(words.end(), a_values.begin(), a_values.end());
-        for (const auto& word : words) {
+        for (const auto& word : a_values) {
             line += QIRO_PLUGIN_SCRIPT_COMMAND_LINE_QUOTATION_START + word +
                     QIRO_PLUGIN_SCRIPT_COMMAND_LINE_QUOTATION_END;
         }
@@ -124,6 +112,10 @@ protected:
 
     test_support::scratch_folder m_scratch{"qiro_bridges"};
     const std::filesystem::path m_folder = m_scratch.path();
+    // Blanks, a plus sign and 日本 in the name of the plug-ins' folder.
+    const std::filesystem::path m_plugins = m_folder / "plug ins+\xE6\x97\xA5\xE6\x9C\xAC";
+    const std::string m_bridge =
+        std::string("0123456789abcdef0123456789abcdef01234567.") + GetParam().extension;
 };
 
 } // namespace qiro_plugin::test

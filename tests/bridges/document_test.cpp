@@ -9,30 +9,41 @@ namespace {
 using fields = std::vector<std::pair<std::string, std::string>>;
 
 const std::string k_a = "\xE3\x81\x82"; // あ
+const std::string k_jump = "url_jump_string";
+const std::string k_definite = "definite_string";
 
-// One candidate spelled in JSON; values may hold any character.
-std::string candidate(const fields& a_fields) {
-    std::string text;
-    for (const auto& [key, value] : a_fields) {
-        text += (text.empty() ? "{\"" : ",\"") + key + "\":\"";
-        for (const char letter : value) {
-            char escape[8];
-            std::snprintf(escape, sizeof(escape), "\\u%04x", letter);
-            text += letter == '"' || letter == '\\'             ? std::string{'\\', letter}
-                    : static_cast<unsigned char>(letter) < 0x20 ? std::string(escape)
-                                                                : std::string(1, letter);
-        }
-        text += "\"";
-    }
-    return text.empty() ? "{}" : text + "}";
-}
-
+// A run result spelled in JSON; quotes, backslashes and controls go as \u escapes.
 std::string result(const std::vector<fields>& a_candidates) {
     std::string text = "{\"candidate\":[";
     for (const auto& each : a_candidates) {
-        text += (&each == &a_candidates.front() ? "" : ",") + candidate(each);
+        text += text.back() == '[' ? "{" : ",{";
+        for (const auto& [key, value] : each) {
+            text += (text.back() == '{' ? "\"" : ",\"") + key + "\":\"";
+            for (const char letter : value) {
+                char escape[8];
+                std::snprintf(escape, sizeof(escape), "\\u%04x",
+                              static_cast<unsigned char>(letter));
+                const bool plain =
+                    letter != '"' && letter != '\\' && static_cast<unsigned char>(letter) >= 0x20;
+                text += plain ? std::string(1, letter) : std::string(escape);
+            }
+            text += "\"";
+        }
+        text += "}";
     }
     return text + "]}";
+}
+
+fields titled(const std::string& a_title, fields a_fields = {}) {
+    a_fields.insert(a_fields.begin(), {"hyoki", a_title});
+    return a_fields;
+}
+
+fields target(const std::string& a_title, const std::string& a_type, const std::string& a_target,
+              const fields& a_more = {}) {
+    fields result{{"hyoki", a_title}, {"alternative_type", a_type}, {"alternative", a_target}};
+    result.insert(result.end(), a_more.begin(), a_more.end());
+    return result;
 }
 
 std::string field(const std::string& a_tag, const std::string& a_text) {
@@ -54,134 +65,100 @@ std::string wrapped(const std::string& a_title, const std::string& a_body) {
                      a_title + "&lt;/h2&gt;" + a_body + "&lt;/body&gt;&lt;/html&gt;");
 }
 
-struct document_case {
-    std::string name;
-    std::string written; // the written form handed to the fixture plug-in
-    std::string items;
-};
-
 class bridge_document : public bridge_test {};
 
 TEST_P(bridge_document, every_field_rule_in_the_printed_document) {
-    const std::string jump = "url_jump_string";
-    const std::string definite = "definite_string";
-    std::vector<fields> late(100);
-    late.push_back({{"hyoki", "late"}});
-    std::vector<fields> walk;
-    std::string walked;
-    for (int position = 0; position < 150; ++position) {
-        const std::string name = "c" + std::to_string(position);
-        walk.push_back(position == 2 ? fields{{"info", "no title"}} : fields{{"hyoki", name}});
-        walked += position < 100 && position != 2 ? item(name) : "";
-    }
-    std::vector<document_case> cases{
-        {"titles are cut in characters before escaping; controls become blanks; no title skips",
-         result({{{"hyoki", repeat(k_a, 120)}},
-                 {{"hyoki", "a<b"}},
-                 {{"hyoki", repeat("x", 99) + "&"}},
-                 {{"hyoki", repeat("y", 100) + "<"}},
-                 {{"hyoki", "&<>'\"&amp;"}},
-                 {{"hyoki", "t\tl\nc\rz\x01\x1f\x7f\xC2\x80\xC3\xA9"}},
-                 {{"comment", "no title"}},
-                 {{"hyoki", ""}},
-                 {{"hyoki", "\t"}}}),
-         item(repeat(k_a, 100)) + item("a&lt;b") + item(repeat("x", 99) + "&amp;") +
-             item(repeat("y", 100)) + item("&amp;&lt;&gt;&apos;&quot;&amp;amp;") +
-             item("t l c z   \xC2\x80\xC3\xA9") + item(" ")},
-        {"comment_xhtml wins; backslash-n in a plain comment is a break; limits; double escaping",
-         result({{{"hyoki", "both"}, {"comment", "plain"}, {"comment_xhtml", "<p>x</p>"}},
-                 {{"hyoki", "a&b"}, {"comment", "x\\ny\tz\n"}},
-                 {{"hyoki", "kept"},
-                  {"comment_xhtml", "a\tb\nc\rd\x01"
-                                    "e\\nf"}},
-                 {{"hyoki", "cut"}, {"comment", repeat("c", 1030)}},
-                 {{"hyoki", "cutx"}, {"comment_xhtml", repeat("d", 10250)}},
-                 {{"hyoki", "none"}, {"comment", ""}, {"comment_xhtml", ""}},
-                 {{"hyoki", "escaped"}, {"comment", "<b>&"}}}),
-         item("both", field("comment", "&lt;p&gt;x&lt;/p&gt;")) +
-             item("a&amp;b", wrapped("a&amp;amp;b", "x&lt;br /&gt;y z ")) +
-             item("kept", field("comment", "a\tb\nc\rd e\\nf")) +
-             item("cut", wrapped("cut", repeat("c", 1024))) +
-             item("cutx", field("comment", repeat("d", 10240))) + item("none") +
-             item("escaped", wrapped("escaped", "&amp;lt;b&amp;gt;&amp;amp;"))},
-        {"jump targets: 512 characters kept, 513 dropped, counted before escaping; unknown types",
-         result(
-             {{{"hyoki", "u512"}, {"alternative_type", jump}, {"alternative", repeat("h", 512)}},
-              {{"hyoki", "u513"},
-               {"alternative_type", jump},
-               {"alternative", repeat("h", 513)},
-               {"alternative_alias", "alias"},
-               {"info", "info"}},
-              {{"hyoki", "d513"},
-               {"alternative_type", definite},
-               {"alternative", repeat("d", 513)}},
-              {{"hyoki", "raw"},
-               {"alternative_type", jump},
-               {"alternative", repeat("e", 510) + "&&"}},
-              {{"hyoki", "wide"}, {"alternative_type", jump}, {"alternative", repeat(k_a, 512)}},
-              {{"hyoki", "wide513"}, {"alternative_type", jump}, {"alternative", repeat(k_a, 513)}},
-              {{"hyoki", "case"}, {"alternative_type", "URL_JUMP_STRING"}, {"alternative", "x"}},
-              {{"hyoki", "typectl"}, {"alternative_type", definite + "\t"}, {"alternative", "x"}},
-              {{"hyoki", "notype"}, {"alternative", "x"}}}),
-         item("u512", alternative(jump, repeat("h", 512))) +
-             item("u513", field("alternative_alias", "alias") + field("info", "info")) +
-             item("d513", alternative(definite, repeat("d", 512))) +
-             item("raw", alternative(jump, repeat("e", 510) + "&amp;&amp;")) +
-             item("wide", alternative(jump, repeat(k_a, 512))) + item("wide513") + item("case") +
-             item("typectl") + item("notype")},
-        {"alternative, alias and info: controls and limits",
-         result({{{"hyoki", "tab"}, {"alternative_type", definite}, {"alternative", "a\tb\nc"}},
-                 {{"hyoki", "tab alias"},
-                  {"alternative_type", definite},
-                  {"alternative", "a\tb\nc"},
-                  {"alternative_alias", "x\ty"}},
-                 {{"hyoki", "info"}, {"info", repeat("i", 70)}},
-                 {{"hyoki", "info ctrl"}, {"info", "i\tj<"}},
-                 {{"hyoki", "alias"}, {"alternative_alias", repeat("a", 120)}}}),
-         // Without an alias every control becomes a blank; with one, line ends stay.
-         item("tab", alternative(definite, "a b c")) +
-             item("tab alias",
-                  alternative(definite, "a\tb\nc") + field("alternative_alias", "x y")) +
-             item("info", field("info", repeat("i", 64))) +
-             item("info ctrl", field("info", "i j&lt;")) +
-             // Perl does not cut the alias.
-             item("alias", field("alternative_alias", repeat("a", is("perl") ? 120 : 100)))},
-        {"only the first hundred positions are looked at", result(walk), walked},
-        {"entries without a title still use up the walk", result(late), ""},
+    // Each candidate with the item it makes, "" when it is skipped; all go in one result.
+    const std::vector<std::pair<fields, std::string>> rows{
+        // Titles: cut in characters before escaping; controls become blanks; none skips.
+        {titled(repeat(k_a, 120)), item(repeat(k_a, 100))},
+        {titled(repeat("x", 99) + "&"), item(repeat("x", 99) + "&amp;")},
+        {titled("&<>'\"&amp;t\tl\nc\rz\x01\x1f\x7f\xC2\x80\xC3\xA9"),
+         item("&amp;&lt;&gt;&apos;&quot;&amp;amp;t l c z   \xC2\x80\xC3\xA9")},
+        {{{"comment", "no title"}}, ""},
+        {titled(""), ""},
+        {titled("\t"), item(" ")},
+        // comment_xhtml wins; backslash-n in a plain comment is a break; limits; double escaping.
+        {titled("both", {{"comment", "plain"}, {"comment_xhtml", "<p>x</p>"}}),
+         item("both", field("comment", "&lt;p&gt;x&lt;/p&gt;"))},
+        {titled("a&b", {{"comment", "x\\ny\tz\n<b>&"}}),
+         item("a&amp;b", wrapped("a&amp;amp;b", "x&lt;br /&gt;y z &amp;lt;b&amp;gt;&amp;amp;"))},
+        {titled("kept", {{"comment_xhtml", "a\tb\nc\rd\x01"
+                                           "e\\nf"}}),
+         item("kept", field("comment", "a\tb\nc\rd e\\nf"))},
+        {titled("cut", {{"comment", repeat("c", 1030)}}),
+         item("cut", wrapped("cut", repeat("c", 1024)))},
+        {titled("cutx", {{"comment_xhtml", repeat("d", 10250)}}),
+         item("cutx", field("comment", repeat("d", 10240)))},
+        {titled("none", {{"comment", ""}, {"comment_xhtml", ""}}), item("none")},
+        // Jump targets: 512 characters kept, 513 dropped, counted before escaping; unknown types.
+        {target("u513", k_jump, repeat("h", 513),
+                {{"alternative_alias", "alias"}, {"info", "info"}}),
+         item("u513", field("alternative_alias", "alias") + field("info", "info"))},
+        {target("d513", k_definite, repeat("d", 513)),
+         item("d513", alternative(k_definite, repeat("d", 512)))},
+        {target("raw", k_jump, repeat("e", 510) + "&&"),
+         item("raw", alternative(k_jump, repeat("e", 510) + "&amp;&amp;"))},
+        {target("wide", k_jump, repeat(k_a, 512)),
+         item("wide", alternative(k_jump, repeat(k_a, 512)))},
+        {target("case", "URL_JUMP_STRING", "x"), item("case")},
+        {target("typectl", k_definite + "\t", "x"), item("typectl")},
+        {titled("notype", {{"alternative", "x"}}), item("notype")},
+        // Without an alias every control of the alternative becomes a blank; with one, line ends
+        // stay. Perl does not cut the alias.
+        {target("tab", k_definite, "a\tb\nc"), item("tab", alternative(k_definite, "a b c"))},
+        {target("tab alias", k_definite, "a\tb\nc", {{"alternative_alias", "x\ty"}}),
+         item("tab alias", alternative(k_definite, "a\tb\nc") + field("alternative_alias", "x y"))},
+        {titled("info", {{"info", "i\tj<" + repeat("i", 70)}}),
+         item("info", field("info", "i j&lt;" + repeat("i", 60)))},
+        {titled("alias", {{"alternative_alias", repeat("a", 120)}}),
+         item("alias", field("alternative_alias", repeat("a", is("perl") ? 120 : 100)))},
     };
+    // Only the first hundred positions are looked at, the skipped ones above included.
+    std::vector<fields> candidates;
+    std::string items;
+    for (const auto& [given, made] : rows) {
+        candidates.push_back(given);
+        items += made;
+    }
+    for (auto position = rows.size(); position < 150; ++position) {
+        const std::string name = "c" + std::to_string(position);
+        candidates.push_back(titled(name));
+        items += position < 100 ? item(name) : "";
+    }
+    // Each written form handed to the fixture plug-in, with the items of its document.
+    std::vector<std::pair<std::string, std::string>> cases{{result(candidates), items}};
     if (!is("python")) {
-        cases.push_back({"a result without a candidate list", "{\"other\":[]}", ""});
+        cases.push_back({"{\"other\":[]}", ""}); // no candidate list
     }
     if (!is("perl")) {
         // Python and Ruby check the shapes of what the plug-in returns; Perl does not.
-        cases.push_back({"values of the wrong type count as absent",
-                         "{\"candidate\":[\"text\",5,null,[\"list\"],{\"hyoki\":\"ok\",\"comment\":"
+        // Values of the wrong type count as absent, and skipped shapes use up the walk.
+        cases.push_back({"{\"candidate\":[\"text\",5,null,[\"list\"],{\"hyoki\":\"ok\",\"comment\":"
                          "5,\"info\":[\"x\"],\"alternative_type\":\"definite_string\","
                          "\"alternative\":7},{\"hyoki\":7}]}",
                          item("ok")});
-        cases.push_back({"skipped shapes use up the walk",
-                         "{\"candidate\":[" + repeat("\"text\",", 100) + "{\"hyoki\":\"late\"}]}",
-                         ""});
-        cases.push_back({"a candidate list that is not a list", "{\"candidate\":\"x\"}", ""});
-        cases.push_back({"a result that is not a dictionary", "[\"x\"]", ""});
+        cases.push_back(
+            {"{\"candidate\":[" + repeat("\"text\",", 100) + "{\"hyoki\":\"late\"}]}", ""});
+        cases.push_back({"{\"candidate\":\"x\"}", ""});
+        cases.push_back({"[\"x\"]", ""});
     }
     if (is("perl")) {
         // Byte strings are read as UTF-8 text, but a jump target's length counts their bytes.
-        cases.push_back(
-            {"byte strings", "bytes", item("\xE8\xA1\xA8\xE8\xA8\x98") + item("bytes")});
+        cases.push_back({"bytes", item("\xE8\xA1\xA8\xE8\xA8\x98") + item("bytes")});
     } else if (is("python")) {
-        cases.push_back({"byte strings are not text", "bytes", ""});
+        cases.push_back({"bytes", ""}); // byte strings are not text
     }
-    for (const auto& each : cases) {
-        const auto output =
-            run({plugin("plugin"), "run_process", encoded(each.written), "", "", "0", "", ""});
-        EXPECT_EQ(output.out, k_marks + k_header + each.items + k_footer) << each.name;
-        EXPECT_EQ(output.err, "") << each.name;
-        EXPECT_EQ(output.exit_status, 0) << each.name;
+    for (const auto& [written, expected] : cases) {
+        const auto output = run(processing(written));
+        const std::string label = written.substr(0, 60);
+        EXPECT_EQ(output.out, k_marks + k_header + expected + k_footer) << label;
+        EXPECT_EQ(output.err, "") << label;
+        EXPECT_EQ(output.exit_status, 0) << label;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(bridges, bridge_document, ::testing::ValuesIn(all_languages()),
+INSTANTIATE_TEST_SUITE_P(bridges, bridge_document, ::testing::ValuesIn(k_languages),
                          [](const auto& a_info) { return std::string(a_info.param.name); });
 
 } // namespace

@@ -41,12 +41,6 @@ cli_sandbox::cli_sandbox() {
                    {"LC_ALL", "C.UTF-8"}};
 }
 
-cli_sandbox::~cli_sandbox() {
-    // A test may have taken the write permission away; the folder's removal needs it back.
-    std::error_code ignored;
-    fs::permissions(m_root, fs::perms::owner_all, fs::perm_options::add, ignored);
-}
-
 // The standard streams are files, not pipes: nothing can block on a full pipe, and a plug-in
 // process left behind cannot keep the reading open.
 process_result cli_sandbox::run_program(const std::vector<std::string>& a_arguments,
@@ -62,18 +56,14 @@ process_result cli_sandbox::run_program(const std::vector<std::string>& a_argume
     }
     const pid_t child = spawn_process(a_arguments, environment, &actions);
     posix_spawn_file_actions_destroy(&actions);
-    process_result result;
-    int status = 0;
     if (child < 0) {
-        result.err = "cannot start " + a_arguments.front();
-        return result;
+        return {-1, "", "cannot start " + a_arguments.front()};
     }
+    int status = 0;
     while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    result.out = test_support::read_file(streams[1]);
-    result.err = test_support::read_file(streams[2]);
-    return result;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, test_support::read_file(streams[1]),
+            test_support::read_file(streams[2])};
 }
 
 process_result cli_sandbox::run(std::vector<std::string> a_arguments,

@@ -30,9 +30,6 @@ std::string qiro_lumen_path();
 class cli_sandbox {
 public:
     cli_sandbox();
-    ~cli_sandbox();
-    cli_sandbox(const cli_sandbox&) = delete;
-    cli_sandbox& operator=(const cli_sandbox&) = delete;
 
     const std::filesystem::path& root() const { return m_root; }
     std::filesystem::path home() const { return m_root / "home"; }

@@ -36,17 +36,14 @@ template <class condition> bool wait_for(condition a_done, std::chrono::seconds 
 
 TEST(cli_signals, an_interrupted_run_takes_its_plugin_along) {
     cli_sandbox sandbox;
+    // hangs.py writes its process id to the file named by its candidate, then hangs in the
+    // callback entry, which runs without time-out: it would outlive an interrupted qiro-lumen
+    // if nothing ended it.
     const auto pid_file = sandbox.root() / "plugin.pid";
-    // The callback entry runs without time-out: a plug-in that hangs there would outlive an
-    // interrupted qiro-lumen if nothing ended it.
-    std::ofstream(sandbox.plugins() / "hangs.py")
-        << "import os, time\ndef qiro_plugin_run_callback(request):\n    with open(" << pid_file
-        << ", 'w') as f:\n        f.write(str(os.getpid()))\n    time.sleep(300)\n";
-    std::ofstream(sandbox.plugins() / "hangs.xml")
-        << "<plugin><name>hangs</name><callback>true</callback></plugin>";
-    const pid_t program = spawn_process({qiro_lumen_path(), "callback", "--plugin-folder",
-                                         sandbox.plugins().string(), "hangs.py", "a", "b"},
-                                        sandbox.environment);
+    const pid_t program =
+        spawn_process({qiro_lumen_path(), "callback", "--plugin-folder", sandbox.plugins().string(),
+                       "hangs.py", pid_file.string(), "b"},
+                      sandbox.environment);
     ASSERT_GT(program, 0);
 
     std::string plugin_pid;

@@ -80,10 +80,10 @@ TEST(command_runner, completed_commands_hand_over_both_streams_whatever_their_st
 TEST(command_runner, working_folder_is_honoured_empty_keeps_the_callers_missing_is_reported) {
     platform_test::scratch_folder scratch;
     // A name outside ASCII checks the conversion to the file system's representation.
-    std::filesystem::create_directory(scratch.path() / "\xE4\xBD\x9C\xE6\xA5\xAD");
-    const auto canonical = std::filesystem::canonical(scratch.path() / "\xE4\xBD\x9C\xE6\xA5\xAD");
+    const auto work = scratch.path() / "\xE4\xBD\x9C\xE6\xA5\xAD";
+    std::filesystem::create_directory(work);
     EXPECT_EQ(run("pwd -P", scratch.path().u16string() + u"/\u4F5C\u696D").std_output,
-              terminated(canonical.string() + "\n"));
+              terminated(std::filesystem::canonical(work).string() + "\n"));
     EXPECT_EQ(run("pwd -P").std_output,
               terminated(std::filesystem::canonical(".").string() + "\n"));
 
@@ -101,7 +101,6 @@ TEST(command_runner, completion_waits_for_a_background_process_holding_the_pipe)
     qiro_plugin::utility::set_run_command_wait_hook([&calls] { ++calls; });
     // The shell exits at once; its background child keeps standard output open a while longer.
     EXPECT_EQ(run("(sleep 1; echo late) & echo early").std_output, terminated("early\nlate\n"));
-    EXPECT_EQ(platform_test::processes_left(), 0u);
     // The wait hook ran on each 100 ms pass meanwhile, and stops once removed.
     EXPECT_GE(calls.load(), 5);
     qiro_plugin::utility::set_run_command_wait_hook(nullptr);

@@ -10,10 +10,8 @@
 #include <sstream>
 #include <string>
 #include <sys/stat.h>
-#include <sys/types.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace platform_test {
 

@@ -5,18 +5,11 @@
 
 #include <cstdlib>
 #include <regex>
+#include <stdexcept>
 
 namespace fs = std::filesystem;
 
 namespace qiro_test {
-
-namespace {
-
-qiro_plugin::utf16_string to_utf16(const std::string& a_text) {
-    return qiro_plugin::string_encode::MultiByteUTF8ToWideChar(a_text.c_str());
-}
-
-} // namespace
 
 const language_row LANGUAGES[3] = {
     {"perl", ".pl", u"Perl", &qiro_plugin::bridge::perl_script},
@@ -25,13 +18,8 @@ const language_row LANGUAGES[3] = {
 };
 
 void runtime_fixture::SetUp() {
-    m_root = m_scratch.emplace("qiro-runtime").path();
-    m_home = m_root / "home";
-    m_plugins = m_root / "plugins";
-    m_echo_file = m_root / "echo.txt";
     fs::create_directories(m_home);
     fs::create_directories(m_plugins);
-
     const char* path = std::getenv("PATH");
     const std::pair<const char*, std::string> environment[] = {
         {"HOME", m_home.string()},
@@ -42,10 +30,6 @@ void runtime_fixture::SetUp() {
     for (const auto& [name, value] : environment) {
         setenv(name, value.c_str(), 1);
     }
-}
-
-void runtime_fixture::TearDown() {
-    m_scratch.reset();
 }
 
 std::string runtime_fixture::data_folder() const {
@@ -64,19 +48,45 @@ std::vector<std::string> runtime_fixture::bridge_files() const {
     return names;
 }
 
-void runtime_fixture::copy_fixture(const std::string& a_fixture_name, const fs::path& a_folder,
-                                   const std::string& a_file_name) const {
+void runtime_fixture::copy_fixture(const std::string& a_fixture_name,
+                                   const fs::path& a_folder) const {
     fs::create_directories(a_folder);
     fs::copy_file(fs::path(QIRO_TEST_DATA_DIR) / "runtime" / a_fixture_name,
-                  a_folder / (a_file_name.empty() ? a_fixture_name : a_file_name));
+                  a_folder / a_fixture_name);
 }
 
 std::unique_ptr<qiro_plugin::qiro_plugin_instance_script>
 runtime_fixture::make_instance(const fs::path& a_folder, const std::string& a_file_name,
                                const language_row& a_row, const std::string& a_script_code) const {
+    using qiro_plugin::string_encode::MultiByteUTF8ToWideChar;
     return std::make_unique<qiro_plugin::qiro_plugin_instance_script>(
-        to_utf16(a_folder.string() + "/"), to_utf16(a_file_name), a_row.command_name,
-        a_row.extension, a_row.module_type, a_script_code.empty() ? a_row.script() : a_script_code);
+        MultiByteUTF8ToWideChar((a_folder.string() + "/").c_str()),
+        MultiByteUTF8ToWideChar(a_file_name.c_str()), a_row.command_name, a_row.extension,
+        a_row.module_type, a_script_code.empty() ? a_row.script() : a_script_code);
+}
+
+std::unique_ptr<qiro_plugin::qiro_plugin_instance_script>
+runtime_fixture::checked_instance(const fs::path& a_folder, const std::string& a_file_name,
+                                  const language_row& a_row) const {
+    auto instance = make_instance(a_folder, a_file_name, a_row);
+    // Thrown, not expected: running an unloaded instance would end the test program.
+    if (!instance->is_load() || !instance->syntax_check()) {
+        throw std::runtime_error("not loaded or failed its syntax check: " +
+                                 instance->get_last_std_err_output_string());
+    }
+    return instance;
+}
+
+std::shared_ptr<qiro_plugin::message_script>
+runtime_fixture::process(qiro_plugin::qiro_plugin_instance_script& a_instance,
+                         const qiro_plugin::utf16_string& a_written_form,
+                         qiro_plugin::qiro_plugin_request a_request) {
+    qiro_plugin::set_record_text(a_request.composition_string, a_request.composition_string_length,
+                                 a_written_form);
+    const auto message = std::dynamic_pointer_cast<qiro_plugin::message_script>(
+        a_instance.alloc_qiro_plugin_message(nullptr, 0));
+    EXPECT_TRUE(a_instance.run_processing(message, a_request, {}));
+    return message;
 }
 
 } // namespace qiro_test

@@ -10,7 +10,9 @@ namespace {
 using namespace qiro_plugin::preferences;
 using value = preference_value;
 
-TEST(preference_value_test, strings_answer_the_boolean_question_by_their_first_letter) {
+// A string answers only the boolean question, by its first letter after blanks, a sign and
+// zeros; numbers answer both questions, and other kinds neither.
+TEST(preference_value_test, each_kind_answers_the_number_questions_by_its_own_rule) {
     for (const char* text :
          {"YES", "yes", "true", "T", "1", "9", "  \t\n+0012", "-3", "0001", "Yak", "t0"}) {
         EXPECT_EQ(value(text).bool_value(), true) << text;
@@ -20,9 +22,6 @@ TEST(preference_value_test, strings_answer_the_boolean_question_by_their_first_l
         EXPECT_EQ(value(text).bool_value(), false) << text;
     }
     EXPECT_FALSE(value("7").unsigned_int_value().has_value());
-}
-
-TEST(preference_value_test, numbers_answer_both_questions_and_other_kinds_neither) {
     EXPECT_EQ(value(-1).unsigned_int_value(), 0xFFFFFFFFU);
     EXPECT_EQ(value(std::int64_t{0x100000109}).unsigned_int_value(), 265U);
     EXPECT_EQ(value(265.9).unsigned_int_value(), 265U);
@@ -43,9 +42,8 @@ TEST(preference_value_test, every_kind_survives_both_file_formats_and_foreign_xm
         {"when", value(preference_date{600000000, 0})},
         {"bytes", value(value::data_type{0, 255, 10, 0})},
         {"list",
-         value(value::array_type{
-             value("two"), value(value::dictionary_type{{"inner", value(value::array_type{})}})})},
-    });
+         value(value::array_type{value("two"), value(value::dictionary_type{
+                                                   {"inner", value(value::array_type{})}})})}});
     for (auto format : {plist_format::xml, plist_format::binary}) {
         const auto parsed = parse_plist(write_plist(root, format).value());
         ASSERT_TRUE(parsed.has_value());
@@ -67,16 +65,14 @@ TEST(preference_value_test, bytes_that_are_no_property_list_give_nothing) {
     const value root(value::dictionary_type{{"key", value("value")}});
     const auto good = write_plist(root, plist_format::xml).value();
     const auto binary = write_plist(root, plist_format::binary).value();
-    const std::string broken[] = {
-        "",
-        good.substr(0, good.size() / 2),
-        "<plist><dict><key>a</key><string>unterminated</dict></plist>",
-        "<plist><dict><key>a</key><key>b</key><true/></dict></plist>",
-        "bplist00",
-        binary.substr(0, binary.size() - 10),
-        "bplist00" + std::string(64, '\xff'),
-        std::string(1, '\0') + "<plist/>",
-    };
+    const std::string broken[] = {"",
+                                  good.substr(0, good.size() / 2),
+                                  "<plist><dict><key>a</key><string>unterminated</dict></plist>",
+                                  "<plist><dict><key>a</key><key>b</key><true/></dict></plist>",
+                                  "bplist00",
+                                  binary.substr(0, binary.size() - 10),
+                                  "bplist00" + std::string(64, '\xff'),
+                                  std::string(1, '\0') + "<plist/>"};
     for (const auto& bytes : broken) {
         EXPECT_FALSE(parse_plist(bytes).has_value()) << bytes;
     }

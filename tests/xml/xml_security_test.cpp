@@ -1,3 +1,4 @@
+#include "support/scratch_folder.hpp"
 #include "xml/script_load.hpp"
 
 #include <gtest/gtest.h>
@@ -5,8 +6,6 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 using xml_access_library::script_load;
@@ -30,40 +29,36 @@ TEST(xml_security, entity_amplification_is_refused) {
 }
 
 TEST(xml_security, external_entities_and_subsets_are_never_read) {
-    char path[] = "/tmp/qiro_xml_entity_XXXXXX";
-    const int descriptor = mkstemp(path);
-    ASSERT_GE(descriptor, 0);
-    close(descriptor);
-    std::ofstream(path) << "<x>secret</x>";
+    const test_support::scratch_folder scratch;
+    const std::string path = (scratch.path() / "secret.xml").string();
+    test_support::write_file(path, "<x>secret</x>");
     // The watch records every open or read of the file: a file never read cannot leak.
     const int watch = inotify_init1(IN_NONBLOCK);
-    EXPECT_GE(inotify_add_watch(watch, path, IN_OPEN | IN_ACCESS), 0);
+    EXPECT_GE(inotify_add_watch(watch, path.c_str(), IN_OPEN | IN_ACCESS), 0);
     const auto touched = [watch] {
         alignas(inotify_event) char buffer[4096];
         return read(watch, buffer, sizeof buffer) > 0;
     };
 
-    const std::string url = "file://" + std::string(path);
-    const std::string item = "<item type=\"script_candidate\"><title>";
-    const std::string end = "</title></item></itemlist>";
+    const std::string url = "file://" + path;
+    const auto with = [](const std::string& a_prologue, const std::string& a_title) {
+        return a_prologue + "<itemlist><item type=\"script_candidate\"><title>" + a_title +
+               "</title></item></itemlist>";
+    };
     for (const std::string& document :
-         {"<!DOCTYPE itemlist [<!ENTITY ext SYSTEM \"" + url + "\">]><itemlist>" + item + "&ext;" +
-              end,
-          "<!DOCTYPE itemlist [<!ENTITY ext SYSTEM \"" + std::string(path) + "\">]><itemlist>" +
-              item + "&ext;" + end,
-          "<!DOCTYPE itemlist [<!ENTITY % ext SYSTEM \"" + url + "\"> %ext;]><itemlist>" + item +
-              "t" + end,
-          "<!DOCTYPE itemlist SYSTEM \"" + url + "\"><itemlist>" + item + "t" + end,
-          "<itemlist xmlns:xi=\"http://www.w3.org/2001/XInclude\">" + item + "<xi:include href=\"" +
-              url + "\" parse=\"text\"/>" + end}) {
+         {with("<!DOCTYPE itemlist [<!ENTITY ext SYSTEM \"" + url + "\">]>", "&ext;"),
+          with("<!DOCTYPE itemlist [<!ENTITY ext SYSTEM \"" + path + "\">]>", "&ext;"),
+          with("<!DOCTYPE itemlist [<!ENTITY % ext SYSTEM \"" + url + "\"> %ext;]>", "t"),
+          with("<!DOCTYPE itemlist SYSTEM \"" + url + "\">", "t"),
+          with("", "<xi:include xmlns:xi=\"http://www.w3.org/2001/XInclude\" href=\"" + url +
+                       "\" parse=\"text\"/>")}) {
         SCOPED_TRACE(document);
         // Refusing the document and reading it without the entity are both safe.
         script_load(document).parse();
         EXPECT_FALSE(touched());
     }
     // The watch itself works: reading the file is seen.
-    std::ifstream(path).get();
+    test_support::read_file(path);
     EXPECT_TRUE(touched());
     close(watch);
-    std::filesystem::remove(path);
 }

@@ -12,7 +12,8 @@ namespace {
 
 using json = nlohmann::json;
 
-TEST(cli_keyring, proxy_password_from_the_keyring_reaches_the_plugin_only_with_authentication) {
+// Proxy values reach the plug-in while proxy use is on, the password also needs authentication.
+TEST(cli_keyring, proxy_values_and_the_keyring_password_reach_the_plugin_only_while_on) {
     const char* bus = std::getenv("DBUS_SESSION_BUS_ADDRESS");
     ASSERT_NE(bus, nullptr) << "run through tests/settings/run_in_keyring.sh";
     cli_sandbox sandbox;
@@ -28,19 +29,22 @@ TEST(cli_keyring, proxy_password_from_the_keyring_reaches_the_plugin_only_with_a
     };
 
     auto result = sandbox.run({"settings", "set", "enable_proxy=true", "proxy_address=proxy.jp",
-                               "proxy_port=8080", "enable_authentication=true",
-                               "proxy_username=alice", "--password-stdin"},
+                               "proxy_port=8080", "enable_authentication=yes",
+                               "proxy_username=太郎", "--password-stdin"},
                               "pass word\"\n");
     ASSERT_EQ(result.status, 0) << result.err;
     result = sandbox.run({"settings", "show", "--json"});
     EXPECT_EQ(json::parse(result.out)["proxy_password"], "set");
     EXPECT_EQ(result.out.find("pass word"), std::string::npos) << "never printed";
     EXPECT_EQ(comment_seen(), "reading_string=;proxy_name=proxy.jp;proxy_port=8080;"
-                              "proxy_username=alice;proxy_password=pass word\"");
+                              "proxy_username=太郎;proxy_password=pass word\"");
 
     ASSERT_EQ(sandbox.run({"settings", "set", "enable_authentication=false"}).status, 0);
     EXPECT_EQ(comment_seen(), "reading_string=;proxy_name=proxy.jp;proxy_port=8080;"
                               "proxy_username=;proxy_password=");
+    ASSERT_EQ(sandbox.run({"settings", "set", "enable_proxy=off"}).status, 0);
+    EXPECT_EQ(comment_seen(),
+              "reading_string=;proxy_name=;proxy_port=0;proxy_username=;proxy_password=");
 }
 
 } // namespace

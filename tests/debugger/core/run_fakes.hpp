@@ -1,6 +1,6 @@
 #pragma once
-// Test doubles for runs: sinks that record every call in order, and a plug-in instance that runs
-// nothing but records the calls a run makes and can throw.
+// Test doubles for runs: sinks that log every call in order, and a plug-in instance that runs
+// nothing but logs the calls a run makes, into the same log, and can throw.
 
 #include "debugger/core/run_sinks.hpp"
 #include "runtime/abstract_plugin_instance.hpp"
@@ -23,35 +23,36 @@ public:
     void stop_progress() override { events.emplace_back("stop"); }
     void show_alert(const std::string& a_key) override { events.push_back("alert:" + a_key); }
 
+    // The events joined by ", ".
+    std::string log() const {
+        std::string joined;
+        for (const auto& event : events) {
+            joined += (joined.empty() ? "" : ", ") + event;
+        }
+        return joined;
+    }
+
     std::vector<std::string> events;
 
 private:
+    // The texts of these tests are ASCII.
     void record(const char* a_prefix, const utf16_string& a_text) {
-        std::string text(a_prefix);
-        for (const auto unit : a_text) {
-            text += unit < 0x80 ? static_cast<char>(unit) : '?';
-        }
-        events.push_back(text);
+        events.push_back(a_prefix + std::string(a_text.begin(), a_text.end()));
     }
 };
 
 class fake_plugin_instance : public abstract_qiro_plugin_instance {
 public:
-    fake_plugin_instance(std::vector<std::string>& a_calls, bool a_throw_in_processing)
-        : m_calls(a_calls), m_throw_in_processing(a_throw_in_processing) {}
-    ~fake_plugin_instance() override { m_calls.emplace_back("destroyed"); }
+    fake_plugin_instance(std::vector<std::string>& a_log, bool a_throw_in_processing)
+        : m_log(a_log), m_throw_in_processing(a_throw_in_processing) {}
+    ~fake_plugin_instance() override { m_log.emplace_back("destroyed"); }
 
-    bool run_processing(std::shared_ptr<abstract_qiro_plugin_message> a_message,
-                        const qiro_plugin_request& a_request,
+    bool run_processing(std::shared_ptr<abstract_qiro_plugin_message>, const qiro_plugin_request&,
                         const qiro_plugin_message_quit_flag&) override {
-        m_calls.emplace_back("run_processing");
+        note("run_processing");
         if (m_throw_in_processing) {
             throw std::runtime_error("fake_plugin_instance::run_processing() : fault.");
         }
-        message_script::candidate candidate;
-        candidate.title =
-            get_record_text(a_request.composition_string, a_request.composition_string_length);
-        std::dynamic_pointer_cast<message_script>(a_message)->add_candidate(candidate);
         return true;
     }
     bool run_initialize() override { return note("run_initialize"); }
@@ -63,17 +64,12 @@ public:
     bool run_preference(void*) override { return note("run_preference"); }
     std::shared_ptr<abstract_qiro_plugin_message> alloc_qiro_plugin_message(void*,
                                                                             int) const override {
-        m_calls.emplace_back("alloc_qiro_plugin_message");
+        m_log.emplace_back("alloc_qiro_plugin_message");
         return std::make_shared<message_script>();
     }
-    qiro_plugin_receive_data
-    get_plugin_receive_data(std::shared_ptr<abstract_qiro_plugin_message> a_message,
-                            unsigned int a_index, unsigned int a_generation) const override {
-        const auto message = std::dynamic_pointer_cast<message_script>(a_message);
-        qiro_plugin_receive_data data;
-        data.return_type = static_cast<std::uint32_t>(message->get_return_type());
-        data.xml_string = message->make_xml_string_to_candidate(a_index, a_generation);
-        return data;
+    qiro_plugin_receive_data get_plugin_receive_data(std::shared_ptr<abstract_qiro_plugin_message>,
+                                                     unsigned int, unsigned int) const override {
+        return {};
     }
 
     bool is_load() const override { return true; }
@@ -105,11 +101,11 @@ public:
 
 private:
     bool note(const char* a_call) {
-        m_calls.emplace_back(a_call);
+        m_log.emplace_back(a_call);
         return true;
     }
 
-    std::vector<std::string>& m_calls; // outlives the instance
+    std::vector<std::string>& m_log; // outlives the instance
     bool m_throw_in_processing;
 };
 

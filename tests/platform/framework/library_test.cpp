@@ -1,34 +1,19 @@
 #include "platform/framework/library.hpp"
 
-#include <QString>
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <string>
 
 using namespace qiro_plugin::utility;
+using qiro_plugin::utf16_string;
+namespace fs = std::filesystem;
 
 namespace {
 
-// The private folder test_main removes at the end, where the case copies the sample library
-// so that no other load of it can hide what the case does.
-std::filesystem::path folder() {
-    return std::getenv("QIRO_FRAMEWORK_TEST_FOLDER");
-}
-
-std::filesystem::path copy_sample(const std::string& a_file_name) {
-    std::filesystem::copy_file(QIRO_SAMPLE_LIBRARY, folder() / a_file_name);
-    return folder() / a_file_name;
-}
-
-qiro_plugin::utf16_string utf16(const std::filesystem::path& a_path) {
-    return QString::fromStdString(a_path.string()).toStdU16String();
-}
-
-bool is_loaded(const std::filesystem::path& a_path) {
+bool is_loaded(const fs::path& a_path) {
     void* handle = dlopen(a_path.c_str(), RTLD_NOW | RTLD_NOLOAD);
     return handle != nullptr && dlclose(handle) == 0;
 }
@@ -41,21 +26,24 @@ TEST(library, loads_finds_its_functions_and_never_gives_back_the_last_load) {
                  "library\\.cpp:[0-9]+: failed assertion `a_instance_handle'\n");
     EXPECT_DEATH(free_library(nullptr),
                  "library\\.cpp:[0-9]+: failed assertion `a_instance_handle'\n");
-    // The name is not ASCII, and the first load is relative to the working folder.
-    const auto path = copy_sample("\xE3\x83\xA9\xE3\x82\xA4\xE3\x83\x96.so");
-    const auto previous = std::filesystem::current_path();
-    std::filesystem::current_path(folder());
+    // A copy in the private folder test_main removes at the end, so that no other load of the
+    // library can hide what the case does. Its name is not ASCII, and the first load is
+    // relative to the working folder.
+    const fs::path folder = std::getenv("QIRO_FRAMEWORK_TEST_FOLDER");
+    const fs::path path = folder / "\xE3\x83\xA9\xE3\x82\xA4\xE3\x83\x96.so";
+    fs::copy_file(QIRO_SAMPLE_LIBRARY, path);
+    const auto previous = fs::current_path();
+    fs::current_path(folder);
     library_handle first = load_library(u"\u30E9\u30A4\u30D6.so");
-    std::filesystem::current_path(previous);
+    fs::current_path(previous);
     ASSERT_NE(first, nullptr);
-    EXPECT_EQ(load_library(utf16(path)), first);
+    EXPECT_EQ(load_library(path.u16string()), first);
     // A bare name is a file in the working folder, never a search of the system's libraries,
     // and a path is never cut short at a null character.
-    for (const qiro_plugin::utf16_string& wrong :
-         {qiro_plugin::utf16_string(), utf16(folder() / "absent.so"),
-          qiro_plugin::utf16_string(u"libc.so.6"),
-          utf16(path) + qiro_plugin::utf16_string(u"\0x", 2)}) {
-        EXPECT_EQ(load_library(wrong), nullptr) << QString::fromStdU16String(wrong).toStdString();
+    for (const utf16_string& wrong :
+         {utf16_string(), (folder / "absent.so").u16string(), utf16_string(u"libc.so.6"),
+          path.u16string() + utf16_string(u"\0x", 2)}) {
+        EXPECT_EQ(load_library(wrong), nullptr) << fs::path(wrong);
     }
 
     auto twice = reinterpret_cast<int (*)(int)>(get_function_address(first, "qiro_sample_twice"));

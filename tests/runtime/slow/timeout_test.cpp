@@ -1,4 +1,3 @@
-#include "runtime/message_script.hpp"
 #include "runtime/runtime_fixture.hpp"
 
 #include <gtest/gtest.h>
@@ -9,8 +8,6 @@
 #include <chrono>
 #include <string>
 #include <thread>
-
-using namespace qiro_plugin;
 
 namespace {
 
@@ -34,12 +31,8 @@ TEST_F(sleeping_plugin, run_that_never_answers_is_abandoned_and_leaves_nothing) 
                           "    with open(os.environ['QIRO_TEST_ECHO_FILE'], 'w') as echo_file:\n"
                           "        echo_file.write(str(os.getpid()))\n"
                           "    while True:\n        time.sleep(3600)\n");
-    const auto instance = make_instance(m_plugins, "sleeps.py");
-    ASSERT_TRUE(instance->syntax_check());
-
-    const auto message = instance->alloc_qiro_plugin_message(nullptr, 0);
-    EXPECT_TRUE(instance->run_processing(message, qiro_plugin_request{}, {}));
-    EXPECT_TRUE(dynamic_cast<message_script&>(*message).get_candidates().empty());
+    const auto instance = checked_instance(m_plugins, "sleeps.py");
+    EXPECT_TRUE(process(*instance)->get_candidates().empty());
     // The abandoned command changes nothing: the outputs are still the syntax check's.
     EXPECT_EQ(instance->get_last_std_output_string(), "syntax ok");
     EXPECT_TRUE(instance->get_load_error_message().empty());
