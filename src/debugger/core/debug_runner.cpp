@@ -37,6 +37,7 @@ struct debug_runner::impl {
     alert_sink& m_alerts;
     settings_reader m_settings_reader;
     instance_factory m_instance_factory;
+    probe_policy m_probe_policy = probe_policy::after_failure;
 
     impl(run_output_sink& a_sink, alert_sink& a_alerts)
         : m_sink(a_sink), m_alerts(a_alerts),
@@ -162,6 +163,10 @@ void debug_runner::set_settings_reader(settings_reader a_reader) {
 
 void debug_runner::set_instance_factory(instance_factory a_factory) {
     p_impl->m_instance_factory = std::move(a_factory);
+}
+
+void debug_runner::set_probe_policy(probe_policy a_policy) {
+    p_impl->m_probe_policy = a_policy;
 }
 
 run_report debug_runner::run_debug(const utf16_string& a_written_form, const plugin_entry& a_plugin,

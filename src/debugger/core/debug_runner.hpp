@@ -18,6 +18,9 @@ namespace qiro_plugin::debugger {
 // "AlertTooLongHyoki" above 100 UTF-16 code units), or nothing when it may run.
 std::optional<std::string> written_form_alert(const utf16_string& a_written_form);
 
+// When the author-side probes run the plug-in a second time to see what its entry returned.
+enum class probe_policy { after_failure, always, never };
+
 class debug_runner {
 public:
     using settings_reader = std::function<manager_preference_data()>;
@@ -35,6 +38,8 @@ public:
     // get_script_instance_path unless set).
     void set_settings_reader(settings_reader a_reader);
     void set_instance_factory(instance_factory a_factory);
+    // after_failure unless set: only a run that failed or returned no candidate is probed.
+    void set_probe_policy(probe_policy a_policy);
 
     // One processing run of the plug-in for the written form, as the plug-in manager would
     // do it: panes cleared, syntax check and run outputs appended, alerts for a refused

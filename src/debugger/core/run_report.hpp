@@ -1,6 +1,7 @@
 #pragma once
 // Everything one run produced, for front ends that show more than the two panes.
 
+#include "diagnosis/finding.hpp"
 #include "runtime/message_script.hpp"
 #include "text/utf16_string.hpp"
 
@@ -35,6 +36,8 @@ struct run_report {
     double run_ms = 0.0;
     double total_ms = 0.0;
     std::string error; // the text of the exception that ended the run
+    // What the diagnosis found, beside the faithful outputs above; empty when nothing was.
+    std::vector<diagnosis::finding> findings;
 };
 
 } // namespace qiro_plugin::debugger
