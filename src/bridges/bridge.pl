@@ -130,6 +130,15 @@ sub create_item {
     return $xml;
 }
 
+# 文書を UTF-8 のバイト列にする。サロゲートの片割れや Unicode の範囲を超える文字は
+# UTF-8 では書けないので "?" に置き換える (Python ブリッジの "replace" と同じ結果)。
+# そのまま書くと受け取る側の UTF-8 変換が失敗し、実行全体が失敗になる。
+sub encode_text {
+    my ($text) = @_;
+    $text =~ s/[^\x{0}-\x{D7FF}\x{E000}-\x{10FFFF}]/?/g;
+    return Encode::encode_utf8($text);
+}
+
 sub create_xml {
     my ($data) = @_;
     my $xml = '<?xml version="1.0" encoding="UTF-8" ?>' . "\n\n<itemlist>\n";
@@ -190,7 +199,7 @@ if ($method eq 'run_process') {
         exit(0);
     }
     my %result = $entry->(make_request('composition_string', 'reading_string'));
-    print Encode::encode_utf8(create_xml(\%result));
+    print encode_text(create_xml(\%result));
 }
 elsif ($method eq 'run_preference') {
     if (scalar(@ARGV) != 3) {

@@ -22,6 +22,8 @@ sub run_process {
                              { 'hyoki' => 'bytes', 'alternative_type' => 'url_jump_string',
                                'alternative' => Encode::encode_utf8("\x{3042}" x 200) } ])
         if ($text eq 'bytes');
+    # A lone surrogate, which JSON::PP refuses to decode.
+    return ('candidate' => [ { 'hyoki' => "a\x{D800}b\x{DC00}" } ]) if ($text eq 'surrogate');
     return %{ JSON::PP->new->decode($text) } if ($text =~ /\A\{/);
     return ('candidate' => [ map { { 'hyoki' => "$_=$request->{$_}",
                                      ($request->{$_} =~ /\A-?\d+\z/ ? ('info' => 'integer') : ()) } }

@@ -15,6 +15,8 @@ def qiro_plugin_run_process(request):
     text = request["composition_string"]
     if text == "bytes":
         return {"candidate": [{"hyoki": b"x", "comment": b"c", "info": b"i"}, {"hyoki": b"y"}]}
+    if text == "surrogate":
+        return {"candidate": [{"hyoki": "a\ud800b\udc00"}]}
     if text.startswith(("{", "[")):
         return json.loads(text)
     candidates = [{"hyoki": line} for line in describe(request)]
