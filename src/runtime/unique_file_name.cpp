@@ -30,18 +30,20 @@ bool draw_random_number(std::uint64_t& a_number) {
 
 } // namespace
 
-std::string get_unique_file_name(const std::string& a_folder, const std::string& a_extension) {
+std::string get_unique_file_name(const std::string& /*a_folder*/, const std::string& a_extension) {
     std::uint64_t number = 0;
     if (!draw_random_number(number)) {
         return {};
     }
     const std::string name =
         create_sha_hash("qiro_lumen_script_" + std::to_string(number)) + a_extension;
-    // No retry on a clash: with 64 random bits one means something else is wrong. The file is
-    // later created exclusively, so a race after this test, or a folder that cannot be
-    // examined, fails safely there.
+    // The clash test looks at the bare name, in the current folder, not in the data folder: a
+    // file left there under this name is then met when the bridge file is written, which
+    // takes it over when it holds the bridge (and removes it afterwards) and fails loudly when
+    // it holds anything else, instead of every command failing in silence. No retry on a
+    // clash: with 64 random bits one means something else is wrong.
     struct stat status {};
-    if (lstat((a_folder + name).c_str(), &status) == 0) {
+    if (lstat(name.c_str(), &status) == 0) {
         return {};
     }
     return name;

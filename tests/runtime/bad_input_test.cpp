@@ -1,13 +1,37 @@
 #include "runtime/runtime_fixture.hpp"
+#include "runtime/sha_hash.hpp"
 #include "text/url_xml_escape.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/random.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cstring>
 #include <filesystem>
+#include <optional>
 
 namespace fs = std::filesystem;
 using namespace qiro_plugin;
+
+namespace {
+
+// The number the next bridge file names are drawn from, when a test fixes it.
+std::optional<std::uint64_t> fixed_draw;
+
+} // namespace
+
+// Takes the place of the C library's function in this test program, so that a test can know
+// the name of the next bridge file; otherwise it asks the kernel as the library would.
+extern "C" ssize_t getrandom(void* a_buffer, size_t a_length, unsigned int a_flags) {
+    if (fixed_draw && a_length == sizeof *fixed_draw) {
+        std::memcpy(a_buffer, &*fixed_draw, a_length);
+        return static_cast<ssize_t>(a_length);
+    }
+    return ::syscall(SYS_getrandom, a_buffer, a_length, a_flags);
+}
 
 namespace {
 
@@ -42,7 +66,14 @@ TEST_F(bad_plugin, bad_outputs_add_no_candidates_and_are_kept_raw) {
     for (const bad_case& each : cases) {
         SCOPED_TRACE(std::string(each.written.begin(), each.written.end()));
         const auto instance = checked_instance(m_plugins, "bad.py");
-        EXPECT_EQ(run_count_candidates(*instance, each.written), 0U);
+        if (each.output.size() > 10485760) {
+            // More than the document reader takes: its refusal reaches the caller.
+            EXPECT_THAT([&] { process(*instance, each.written); },
+                        ::testing::ThrowsMessage<std::runtime_error>(
+                            "xml_access_utility_impl::xml_access_utility_impl() : failed"));
+        } else {
+            EXPECT_EQ(run_count_candidates(*instance, each.written), 0U);
+        }
         const std::string output = instance->get_last_std_output_string();
         EXPECT_TRUE((each.whole ? output : output.substr(0, each.output.size())) == each.output)
             << output.substr(0, 200) << " (" << output.size() << " bytes)";
@@ -76,6 +107,29 @@ TEST_F(bad_plugin, refused_text_failed_bridge_write_and_vanished_file_keep_the_o
     EXPECT_EQ(instance->get_last_std_output_string(), "syntax ok");
     EXPECT_TRUE(instance->get_load_error_message().empty());
     EXPECT_TRUE(bridge_files().empty());
+
+    // A file left in the data folder under the name drawn next is taken over and removed
+    // when it holds the bridge; with anything else in it the run fails and the file stays.
+    copy_fixture("candidates.py", m_plugins);
+    fixed_draw = 7;
+    const std::string name = create_sha_hash("qiro_lumen_script_7") + ".py";
+    qiro_test::write_file(data_folder() + name,
+                          utility::url_decode(qiro_test::LANGUAGES[2].script()));
+    EXPECT_EQ(process(*instance)->get_candidates().size(), 2U);
+    EXPECT_TRUE(bridge_files().empty());
+    qiro_test::write_file(data_folder() + name, "print('not the bridge')");
+    EXPECT_THAT([&] { process(*instance); },
+                ::testing::ThrowsMessage<std::runtime_error>(
+                    "script_file_access::script_file_access() : fault."));
+    EXPECT_EQ(qiro_test::read_file(data_folder() + name), "print('not the bridge')");
+    fs::remove(data_folder() + name);
+    // The same name in the current folder is a clash: the command does not run at all.
+    const fs::path previous_folder = fs::current_path();
+    fs::current_path(m_root);
+    qiro_test::write_file(m_root / name, "");
+    EXPECT_EQ(run_count_candidates(*instance), 0U);
+    fs::current_path(previous_folder);
+    fixed_draw.reset();
 }
 
 TEST_F(bad_plugin, syntax_check_passes_only_on_a_reply_that_starts_with_syntax_ok) {
