@@ -7,6 +7,7 @@
 #include <optional>
 #include <pwd.h>
 #include <stdexcept>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -74,9 +75,18 @@ utf16_string create_plugin_preference_path(const utf16_string& a_name) {
     if (name.empty() && !a_name.empty()) {
         return {};
     }
-    const std::string folder = detail::with_final_slash(data_folder + name);
-    if (!detail::find_entry(folder).exists && !detail::create_folder(folder, plugin_folder_mode)) {
+    // The name comes from the plug-in's own document: it must stay one folder inside the data
+    // folder, never reach outside it or make a tree.
+    if (name.find('/') != std::string::npos || name == "." || name == "..") {
         return {};
+    }
+    const std::string folder = detail::with_final_slash(data_folder + name);
+    if (!detail::find_entry(folder).exists) {
+        // Only this folder is made: its parent, the data folder, exists by now.
+        if (::mkdir(folder.c_str(), plugin_folder_mode) != 0 ||
+            ::chmod(folder.c_str(), plugin_folder_mode) != 0) {
+            return {};
+        }
     }
     return string_encode::MultiByteFilePathToWideChar(folder.c_str());
 }

@@ -16,7 +16,8 @@ std::string get_qiro_user_folder();
 std::string get_qiro_lumen_data_folder();
 
 // The settings folder of one plug-in inside the data folder, ending in "/", created (0700)
-// when missing; empty when it cannot be created. Errors of the data folder propagate.
+// when missing; empty when it cannot be created or the name is not one path component (it
+// holds "/" or is "." or ".."). Errors of the data folder propagate.
 utf16_string create_plugin_preference_path(const utf16_string& a_name);
 
 } // namespace qiro_plugin::utility

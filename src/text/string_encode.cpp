@@ -106,12 +106,12 @@ bool is_well_formed(std::u16string_view a_text) {
 
 constexpr const char* k_wide_to_multibyte_error = "::WideCharToMultiByteShiftJis() : failed";
 
-// Text that is not valid UTF-16 cannot even be held as a string and so fails loudly; a
-// character the legacy encoding lacks empties the whole result instead.
+// A lone surrogate, like a character the legacy encoding lacks, has no bytes there: either
+// empties the whole result.
 std::string wide_to_legacy(const char* a_encoding, const qiro_plugin_utf16_t* a_text) {
     const auto units = units_of(a_text);
     if (!is_well_formed(units)) {
-        throw std::runtime_error(k_wide_to_multibyte_error);
+        return std::string();
     }
     std::string little_endian(units.size() * 2, '\0');
     for (std::size_t i = 0; i < units.size(); ++i) {
