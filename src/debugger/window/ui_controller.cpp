@@ -15,6 +15,7 @@
 #include <QTextCursor>
 
 #include <mutex>
+#include <vector>
 
 namespace qiro_plugin::debugger {
 
@@ -141,8 +142,17 @@ void ui_controller::awake_from_nib() {
 }
 
 void ui_controller::reload() {
-    reload_plugins(m_menu_model, *this);
+    // The alert is modal: it waits until the menu and the Run button show what was found, so
+    // that no stale choice sits behind it.
+    struct held_alerts : alert_sink {
+        std::vector<std::string> m_keys;
+        void show_alert(const std::string& a_key) override { m_keys.push_back(a_key); }
+    } held;
+    reload_plugins(m_menu_model, held);
     fill_menu();
+    for (const auto& key : held.m_keys) {
+        show_alert(key);
+    }
 }
 
 void ui_controller::fill_menu() {

@@ -29,6 +29,7 @@ private:
     QTemporaryDir m_home;
     QTemporaryDir m_plugins;
     QStringList m_alerts;
+    QStringList m_menu_at_alerts; // what the menu and Run showed while each alert was up
 
     ui_controller& controller() { return ui_controller::getInstance(); }
     template <typename widget> widget* find(const char* a_name) {
@@ -73,7 +74,12 @@ private slots:
                 m_home.filePath(QStringLiteral("machine")).toUtf8());
         qputenv("PATH", "/usr/bin:/bin:" + qgetenv("PATH"));
         install_window_translations(*qApp, QLocale(QLocale::English));
-        set_alert_function([this](QWidget*, const QString& a_title) { m_alerts << a_title; });
+        set_alert_function([this](QWidget*, const QString& a_title) {
+            m_alerts << a_title;
+            m_menu_at_alerts << QStringLiteral("%1 items, run %2")
+                                    .arg(menu()->count())
+                                    .arg(run_button()->isEnabled() ? "on" : "off");
+        });
         controller().window()->show();
     }
 
@@ -116,6 +122,13 @@ private slots:
         QVERIFY(menu()->isEnabled());
         QVERIFY(run_button()->isEnabled());
         QVERIFY(m_alerts.isEmpty());
+
+        // The stale menu is gone and Run is off before the alert shows.
+        remove_plugin(QStringLiteral("sample_python.py"));
+        controller().reload();
+        QCOMPARE(m_menu_at_alerts.last(), QStringLiteral("0 items, run off"));
+        add_sample(QStringLiteral("sample_python.py"), QStringLiteral("sample_python.py"));
+        controller().reload();
     }
 
     void reload_keeps_the_chosen_title_while_the_file_is_there() {
