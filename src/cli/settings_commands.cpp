@@ -1,7 +1,10 @@
 #include "cli/settings_commands.hpp"
 
 #include "cli/cli_support.hpp"
+#include "keys/zul_key_access.hpp"
 #include "settings/manager_preference_access.hpp"
+#include "settings/preference_keys.hpp"
+#include "settings/preference_store.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -118,6 +121,32 @@ bool apply_assignment(const std::string& a_assignment, manager_preference_data& 
     return false;
 }
 
+// True, after an error line that names the file, when the current settings file cannot be
+// read: writing over it would lose whatever the plug-in manager keeps there.
+bool report_damaged_file() {
+    using namespace preferences;
+    if (!is_domain_damaged(APPLICATION_ID_LATEST, preference_scope::current_user_any_host)) {
+        return false;
+    }
+    const auto path =
+        domain_file_path(APPLICATION_ID_LATEST, preference_scope::current_user_any_host);
+    print_error("the settings file " +
+                (path ? path->string() : std::string(APPLICATION_ID_LATEST)) +
+                " is damaged (it is not a property list), so nothing was changed; repair it, or "
+                "move it away to start from the defaults");
+    return true;
+}
+
+// The plug-in manager stores the default key for a code it cannot assign; the user is told.
+void warn_of_replaced_key(std::uint32_t a_code) {
+    if (!zul_key_access::getInstance(zul_key_access::TYPE_QIRO_LUMEN_CANDIDATE_CHANGE)
+             .is_zul_key(a_code)) {
+        std::cerr << "qiro-lumen: warning: key_plugin_candidate_change " << a_code
+                  << " is not a key the plug-in manager can assign; the default, "
+                  << QIRO_PLUGIN_MANAGER_DEFAULT_CANDIDATE_CHANGE_KEY << " (tab), is stored\n";
+    }
+}
+
 } // namespace
 
 std::string settings_key_help() {
@@ -195,9 +224,16 @@ int command_settings_set(const std::vector<std::string>& a_assignments, bool a_p
         }
         settings.proxy_password = std::move(*text);
     }
+    // Saving would fail on a damaged file only after touching the keyring; say so first.
+    if (report_damaged_file()) {
+        return exit_not_run;
+    }
+    warn_of_replaced_key(settings.key_plugin_candidate_change);
     if (!manager_preference_access::save_manager_preference(settings)) {
-        print_error("the settings could not be written to ~/Library/Preferences; check that the "
-                    "folder is writable");
+        if (!report_damaged_file()) {
+            print_error("the settings could not be written to ~/Library/Preferences; check that "
+                        "the folder is writable");
+        }
         return exit_not_run;
     }
     if (a_password_stdin && manager_preference_access::read_manager_preference().proxy_password !=

@@ -2,9 +2,11 @@
 
 #include <plist/plist.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <memory>
+#include <string>
 
 namespace qiro_plugin::preferences {
 
@@ -73,6 +75,14 @@ std::optional<preference_value> from_node(plist_t a_node, int a_depth) {
     case PLIST_UINT: {
         std::uint64_t value = 0;
         plist_get_uint_val(a_node, &value);
+        // The node keeps whether it is signed, but only its comparison tells: a large value
+        // equal to the signed node of the same bits is negative.
+        if (value > INT64_MAX) {
+            plist_handle as_signed(plist_new_uint(value));
+            if (plist_compare_node_value(a_node, as_signed.get()) == 0) {
+                return preference_value(value);
+            }
+        }
         return preference_value(static_cast<std::int64_t>(value));
     }
     case PLIST_REAL: {
@@ -108,11 +118,24 @@ std::optional<preference_value> from_node(plist_t a_node, int a_depth) {
     }
 }
 
+// A node for an integer above 2^63-1. plist_new_uint makes every node signed, so that such a
+// value would be written as a negative number; the parser makes unsigned ones.
+plist_t new_large_unsigned(std::uint64_t a_value) {
+    const std::string document =
+        "<plist version=\"1.0\"><integer>" + std::to_string(a_value) + "</integer></plist>";
+    plist_t node = nullptr;
+    plist_from_xml(document.data(), static_cast<std::uint32_t>(document.size()), &node);
+    return node;
+}
+
 plist_t to_node(const preference_value& a_value) {
     switch (a_value.get_kind()) {
     case preference_value::kind::boolean:
         return plist_new_bool(*a_value.get_boolean() ? 1 : 0);
     case preference_value::kind::integer:
+        if (a_value.is_large_unsigned()) {
+            return new_large_unsigned(static_cast<std::uint64_t>(*a_value.get_integer()));
+        }
         return plist_new_uint(static_cast<std::uint64_t>(*a_value.get_integer()));
     case preference_value::kind::real:
         return plist_new_real(*a_value.get_real());

@@ -98,7 +98,7 @@ std::optional<std::uint32_t> preference_value::unsigned_int_value() const {
 }
 
 bool preference_value::operator==(const preference_value& a_other) const {
-    return m_value == a_other.m_value;
+    return m_value == a_other.m_value && m_is_large_unsigned == a_other.m_is_large_unsigned;
 }
 
 } // namespace qiro_plugin::preferences

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -29,9 +30,13 @@ public:
 
     preference_value() : m_value(false) {}
     explicit preference_value(bool a_value) : m_value(a_value) {}
+    // Property lists hold integers from -2^63 to 2^64-1: an unsigned value above the signed
+    // range keeps that it is one, so that it is written back as the same number.
     template <std::integral T>
     requires(!std::same_as<T, bool>) explicit preference_value(T a_value)
-        : m_value(static_cast<std::int64_t>(a_value)) {}
+        : m_value(static_cast<std::int64_t>(a_value)),
+          m_is_large_unsigned(std::is_unsigned_v<T> &&
+                              static_cast<std::uint64_t>(a_value) > INT64_MAX) {}
     explicit preference_value(double a_value) : m_value(a_value) {}
     explicit preference_value(std::string a_value) : m_value(std::move(a_value)) {}
     explicit preference_value(const char* a_value) : m_value(std::string(a_value)) {}
@@ -44,7 +49,9 @@ public:
 
     // Null when the value is of another kind.
     const bool* get_boolean() const { return std::get_if<bool>(&m_value); }
+    // An integer's bits; read them as unsigned when is_large_unsigned says so.
     const std::int64_t* get_integer() const { return std::get_if<std::int64_t>(&m_value); }
+    bool is_large_unsigned() const { return m_is_large_unsigned; }
     const double* get_real() const { return std::get_if<double>(&m_value); }
     const std::string* get_string() const { return std::get_if<std::string>(&m_value); }
     const preference_date* get_date() const { return std::get_if<preference_date>(&m_value); }
@@ -71,6 +78,7 @@ private:
     std::variant<bool, std::int64_t, double, std::string, preference_date, data_type, array_type,
                  dictionary_type>
         m_value;
+    bool m_is_large_unsigned = false;
 };
 
 // The boolean reading of a text: true when, after leading white space, an optional sign

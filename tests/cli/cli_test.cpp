@@ -103,6 +103,17 @@ TEST_F(cli_run, written_form_limits_count_utf16_code_units) {
         EXPECT_EQ(result.out, "") << "nothing runs and nothing is printed but the alert";
         EXPECT_EQ(result.err, "qiro-lumen: " + alert + "\n");
     }
+
+    // The reading is counted the same way, with its own limit of 200 units.
+    const std::string reading = hundred + hundred;
+    result = run_in_folder("run", {"--json", "--reading", reading, "echo_request.py", "a"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_THAT(parse_json(result)["candidates"][0]["comment"].get<std::string>(),
+                StartsWith("reading_string=" + reading + ";"));
+    result = run_in_folder("run", {"--reading", reading + "c", "echo_request.py", "a"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "qiro-lumen: the reading is longer than 200 UTF-16 code units\n");
 }
 
 TEST_F(cli_run, plugins_that_cannot_run_or_whose_output_does_not_parse_exit_with_one) {
@@ -160,6 +171,25 @@ TEST_F(cli_run, bad_usage_and_run_errors_have_their_own_statuses) {
     EXPECT_EQ(parse_json(result)["error"], "utility::get_qiro_user_folder() call error2");
     EXPECT_EQ(result.err, "qiro-lumen: The plug-in run ended with an error.\n") << "one alert";
     fs::remove(data_folder);
+
+    // A result longer than the document reader takes, or a companion document over the same
+    // limit, ends the run: the alert, and nothing of the run in the panes.
+    const std::string over_limit(10485761, 'x');
+    test_support::write_file(sandbox.plugins() / "floods.py",
+                             "import sys\ndef qiro_plugin_run_process(request):\n"
+                             "    sys.stdout.write('x' * 10485761)\n    return {}\n");
+    test_support::write_file(sandbox.plugins() / "heavy.py",
+                             "def qiro_plugin_run_process(request):\n    return {}\n");
+    test_support::write_file(sandbox.plugins() / "heavy.xml", "<a>" + over_limit + "</a>");
+    for (const auto& [plugin, stdout_pane] :
+         {std::pair{"floods.py", "syntax ok\r\n"}, std::pair{"heavy.py", ""}}) {
+        result = run_json(plugin, "a");
+        EXPECT_EQ(result.status, 3) << plugin;
+        const auto report = parse_json(result);
+        EXPECT_EQ(report["error"], "xml_access_utility_impl::xml_access_utility_impl() : failed");
+        EXPECT_EQ(report["stdout_pane"], stdout_pane) << plugin;
+        EXPECT_EQ(result.err, "qiro-lumen: The plug-in run ended with an error.\n") << plugin;
+    }
 
     // Output in a legacy encoding ends the run; the author is told what it means.
     result = run_in_folder("run", {"prints_shift_jis.py", "a"});
@@ -238,6 +268,25 @@ TEST_F(cli_commands, settings_show_and_set_round_trip_without_revealing_the_pass
     }
     result = sandbox.run({"settings", "show", "--json"});
     EXPECT_EQ(json::parse(result.out)["proxy_port"], 3128) << "a refused set writes nothing";
+
+    // A key code the plug-in manager cannot assign is replaced by the default, with a warning.
+    result = sandbox.run({"settings", "set", "key_plugin_candidate_change=7"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.err, HasSubstr("warning: key_plugin_candidate_change 7 is not a key"));
+    EXPECT_EQ(sandbox.run({"settings", "set", "key_plugin_candidate_change=265"}).err, "");
+
+    // A damaged settings file is named, and neither it nor anything else is changed.
+    const auto file =
+        sandbox.home() / "Library" / "Preferences" / "org.qiro.Qiro22.PluginManager.plist";
+    const std::string kept = test_support::read_file(file);
+    test_support::write_file(file, "<plist><dict><key>damaged");
+    result = sandbox.run({"settings", "set", "proxy_port=81"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "qiro-lumen: the settings file " + file.string() +
+                              " is damaged (it is not a property list), so nothing was changed; "
+                              "repair it, or move it away to start from the defaults\n");
+    EXPECT_EQ(test_support::read_file(file), "<plist><dict><key>damaged");
+    test_support::write_file(file, kept);
 
     // No Secret Service in the sandbox: the password cannot be kept, and the command says so.
     result = sandbox.run({"settings", "set", "proxy_username=u", "--password-stdin"}, "pw\n");

@@ -31,7 +31,7 @@ TEST(cli_keyring, proxy_values_and_the_keyring_password_reach_the_plugin_only_wh
     auto result = sandbox.run({"settings", "set", "enable_proxy=true", "proxy_address=proxy.jp",
                                "proxy_port=8080", "enable_authentication=yes",
                                "proxy_username=太郎", "--password-stdin"},
-                              "pass word\"\n");
+                              "pass word\"\r\n"); // a file from another system: CR LF
     ASSERT_EQ(result.status, 0) << result.err;
     result = sandbox.run({"settings", "show", "--json"});
     EXPECT_EQ(json::parse(result.out)["proxy_password"], "set");

@@ -82,6 +82,16 @@ TEST_F(keyring_test, manager_settings_keep_the_password_of_the_current_user_only
     ASSERT_TRUE(manager_preference_access::save_manager_preference(data));
     EXPECT_EQ(password_of("bob"), "");
     EXPECT_EQ(manager_preference_access::read_manager_preference(), data);
+
+    // Without a user name the password is kept under the empty account; clearing it as well
+    // deletes it, though the name did not change.
+    data.proxy_password = u"nameless";
+    ASSERT_TRUE(manager_preference_access::save_manager_preference(data));
+    EXPECT_EQ(password_of(""), "nameless");
+    data.proxy_password.clear();
+    ASSERT_TRUE(manager_preference_access::save_manager_preference(data));
+    EXPECT_EQ(password_of(""), "");
+    EXPECT_EQ(manager_preference_access::read_manager_preference(), data);
 }
 
 TEST_F(keyring_test, version_21_settings_are_carried_over_with_their_password) {
