@@ -174,13 +174,13 @@ TEST_F(cli_run, bad_usage_and_run_errors_have_their_own_statuses) {
 
     // A result longer than the document reader takes, or a companion document over the same
     // limit, ends the run: the alert, and nothing of the run in the panes.
-    const std::string over_limit(10485761, 'x');
     test_support::write_file(sandbox.plugins() / "floods.py",
                              "import sys\ndef qiro_plugin_run_process(request):\n"
                              "    sys.stdout.write('x' * 10485761)\n    return {}\n");
     test_support::write_file(sandbox.plugins() / "heavy.py",
                              "def qiro_plugin_run_process(request):\n    return {}\n");
-    test_support::write_file(sandbox.plugins() / "heavy.xml", "<a>" + over_limit + "</a>");
+    test_support::write_file(sandbox.plugins() / "heavy.xml",
+                             "<a>" + std::string(10485761, 'x') + "</a>");
     for (const auto& [plugin, stdout_pane] :
          {std::pair{"floods.py", "syntax ok\r\n"}, std::pair{"heavy.py", ""}}) {
         result = run_json(plugin, "a");
@@ -282,9 +282,7 @@ TEST_F(cli_commands, settings_show_and_set_round_trip_without_revealing_the_pass
     test_support::write_file(file, "<plist><dict><key>damaged");
     result = sandbox.run({"settings", "set", "proxy_port=81"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "qiro-lumen: the settings file " + file.string() +
-                              " is damaged (it is not a property list), so nothing was changed; "
-                              "repair it, or move it away to start from the defaults\n");
+    EXPECT_THAT(result.err, HasSubstr("the settings file " + file.string() + " is damaged"));
     EXPECT_EQ(test_support::read_file(file), "<plist><dict><key>damaged");
     test_support::write_file(file, kept);
 

@@ -14,9 +14,7 @@ module Qiro_plugin
   def load_plugin(_a, _b); end
   def decode_argument(_a, _b); end
 
-  def make_request(url)
-    "GET #{url}"
-  end
+  def make_request(url) = "GET #{url}"
 
   def run_process(request)
     { "candidate" => [{ "hyoki" => make_request(request["composition_string"]),
