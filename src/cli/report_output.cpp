@@ -2,11 +2,16 @@
 
 #include "cli/cli_support.hpp"
 
+#include <cstddef>
 #include <iostream>
+#include <utility>
 
 namespace qiro_plugin::cli {
 
 namespace {
+
+// More than the report's members, so that adding one needs no change here.
+constexpr std::size_t members_room = 32;
 
 nlohmann::ordered_json candidates_json(const debugger::run_report& a_report) {
     auto candidates = nlohmann::ordered_json::array();
@@ -25,10 +30,12 @@ nlohmann::ordered_json candidates_json(const debugger::run_report& a_report) {
 
 } // namespace
 
-nlohmann::ordered_json report_json(const report_context& a_context,
-                                   const debugger::run_report& a_report,
-                                   const debugger::pane_text_sink& a_panes) {
-    nlohmann::ordered_json json;
+nlohmann::ordered_json report_json(const report_context& a_context, debugger::run_report& a_report,
+                                   debugger::pane_text_sink& a_panes) {
+    auto json = nlohmann::ordered_json::object();
+    // The members live in a vector whose growth copies every value (a pair with a const key
+    // cannot be moved), and a flooded pane is 64 MiB: room for all members from the start.
+    json.get_ref<nlohmann::ordered_json::object_t&>().reserve(members_room);
     json["plugin_folder"] = to_utf8(a_context.plugin.first);
     json["plugin_file"] = to_utf8(a_context.plugin.second);
     if (a_context.candidate != nullptr) {
@@ -41,10 +48,10 @@ nlohmann::ordered_json report_json(const report_context& a_context,
                               ? nlohmann::ordered_json(to_utf8(*a_report.module_type))
                               : nlohmann::ordered_json(nullptr);
     json["load_error"] = to_utf8(a_report.load_error);
-    json["stdout_pane"] = to_utf8(a_panes.std_output_text());
-    json["stderr_pane"] = to_utf8(a_panes.std_error_output_text());
-    json["run_stdout"] = a_report.run_std_output;
-    json["run_stderr"] = a_report.run_std_error;
+    json["stdout_pane"] = a_panes.take_std_output_utf8();
+    json["stderr_pane"] = a_panes.take_std_error_output_utf8();
+    json["run_stdout"] = std::move(a_report.run_std_output);
+    json["run_stderr"] = std::move(a_report.run_std_error);
     if (a_context.with_candidates) {
         json["document_parsed"] = a_report.document_parsed;
         json["candidates"] = candidates_json(a_report);
@@ -61,13 +68,19 @@ nlohmann::ordered_json report_json(const report_context& a_context,
 }
 
 void print_json(std::ostream& a_out, const nlohmann::ordered_json& a_json) {
-    a_out << a_json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+    // Written straight to the stream, as dump(2, ' ', false, replace) would give it, without
+    // holding the whole text once more.
+    nlohmann::detail::serializer<nlohmann::ordered_json> serializer(
+        nlohmann::detail::output_adapter<char>(a_out), ' ',
+        nlohmann::ordered_json::error_handler_t::replace);
+    serializer.dump(a_json, true, false, 2);
+    a_out << '\n';
 }
 
 void print_panes(const debugger::pane_text_sink& a_panes) {
-    std::cout << to_utf8(a_panes.std_output_text());
+    std::cout << a_panes.std_output_utf8();
     std::cout.flush();
-    std::cerr << to_utf8(a_panes.std_error_output_text());
+    std::cerr << a_panes.std_error_output_utf8();
     std::cerr.flush();
 }
 

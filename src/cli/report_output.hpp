@@ -21,10 +21,11 @@ struct report_context {
 };
 
 // One object: plug-in, inputs, language, load error, both panes, the entry's own outputs,
-// for a processing run the parse flag and candidates, the timings and the error.
-nlohmann::ordered_json report_json(const report_context& a_context,
-                                   const debugger::run_report& a_report,
-                                   const debugger::pane_text_sink& a_panes);
+// for a processing run the parse flag and candidates, the timings and the error. The panes and
+// the entry's outputs are moved into it, not copied: a_panes and the report's run_std_output
+// and run_std_error are left empty.
+nlohmann::ordered_json report_json(const report_context& a_context, debugger::run_report& a_report,
+                                   debugger::pane_text_sink& a_panes);
 
 // The JSON text, invalid UTF-8 replaced, followed by a line end.
 void print_json(std::ostream& a_out, const nlohmann::ordered_json& a_json);

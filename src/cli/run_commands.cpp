@@ -72,7 +72,7 @@ int command_run(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
-    const run_report report = runner.run_debug(*written_form, *plugin, *reading);
+    run_report report = runner.run_debug(*written_form, *plugin, *reading);
     if (report.result == run_report::outcome::refused) {
         return exit_bad_usage;
     }
@@ -113,7 +113,7 @@ int command_callback(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
-    const run_report report = runner.run_callback(*candidate, *written_form, *plugin);
+    run_report report = runner.run_callback(*candidate, *written_form, *plugin);
     if (report.result != run_report::outcome::refused) {
         if (a_options.json) {
             report_context context{*plugin, &a_options.candidate, &a_options.written_form, false};
@@ -133,7 +133,7 @@ int command_preference(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
-    const run_report report = runner.run_preference(*plugin);
+    run_report report = runner.run_preference(*plugin);
     if (a_options.json) {
         report_context context{*plugin, nullptr, nullptr, false};
         print_json(std::cout, report_json(context, report, panes));

@@ -49,11 +49,24 @@ void output_stream::read_available(bool a_keep) {
     if (a_keep) {
         const std::size_t room = m_limit - std::min(m_limit, m_result.data.size());
         kept = std::min(room, received);
+        reserve_for(kept);
         m_result.data.insert(m_result.data.end(), buffer.data(), buffer.data() + kept);
     }
     if (kept < received && a_keep) {
         m_cut = true;
     }
+}
+
+void output_stream::reserve_for(std::size_t a_count) {
+    auto& data = m_result.data;
+    const std::size_t needed = data.size() + a_count;
+    if (needed <= data.capacity()) {
+        return;
+    }
+    // Doubling as the vector would, but never past the limit and its terminating zero: a full
+    // stream would otherwise move into twice its size for that one byte.
+    const std::size_t most = m_limit + 1;
+    data.reserve(std::min(most, std::max(needed, data.capacity() * 2)));
 }
 
 void output_stream::terminate_data() {

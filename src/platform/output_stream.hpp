@@ -27,6 +27,9 @@ public:
     command_result& result() { return m_result; }
 
 private:
+    // Makes room for a_count more bytes without growing past what the stream can keep.
+    void reserve_for(std::size_t a_count);
+
     int m_fd;
     std::size_t m_limit;
     bool m_cut = false;

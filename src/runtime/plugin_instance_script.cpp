@@ -9,6 +9,7 @@
 #include "text/wide_string.hpp"
 
 #include <stdexcept>
+#include <utility>
 
 namespace qiro_plugin {
 
@@ -173,12 +174,20 @@ void qiro_plugin_instance_script::set_quit_request_for_palette() {
         "qiro_plugin_instance_script::set_quit_request_for_palette() : fault.");
 }
 
-std::string qiro_plugin_instance_script::get_last_std_output_string() const {
+const std::string& qiro_plugin_instance_script::get_last_std_output_string() const {
     return p_impl->m_last_std_output;
 }
 
-std::string qiro_plugin_instance_script::get_last_std_err_output_string() const {
+const std::string& qiro_plugin_instance_script::get_last_std_err_output_string() const {
     return p_impl->m_last_std_err_output;
+}
+
+std::string qiro_plugin_instance_script::release_last_std_output_string() {
+    return std::exchange(p_impl->m_last_std_output, {});
+}
+
+std::string qiro_plugin_instance_script::release_last_std_err_output_string() {
+    return std::exchange(p_impl->m_last_std_err_output, {});
 }
 
 bool qiro_plugin_instance_script::is_last_document_parsed() const {

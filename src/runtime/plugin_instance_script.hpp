@@ -59,8 +59,12 @@ public:
     // True when the bridge answered "syntax ok"; a failure may clear the loaded flag.
     bool syntax_check();
     // What the last completed command wrote (UTF-8 as the interpreter wrote it).
-    std::string get_last_std_output_string() const;
-    std::string get_last_std_err_output_string() const;
+    const std::string& get_last_std_output_string() const;
+    const std::string& get_last_std_err_output_string() const;
+    // Each moves the last output out, leaving it empty: for a caller that keeps it longer than
+    // the instance, without a second copy of an output that may be 64 MiB.
+    std::string release_last_std_output_string();
+    std::string release_last_std_err_output_string();
     // True when the last command's output parsed as a run result document.
     bool is_last_document_parsed() const;
 

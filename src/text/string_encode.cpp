@@ -8,6 +8,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qiro_plugin::string_encode {
@@ -105,6 +106,7 @@ bool is_well_formed(std::u16string_view a_text) {
 }
 
 constexpr const char* k_wide_to_multibyte_error = "::WideCharToMultiByteShiftJis() : failed";
+constexpr const char* k_utf8_to_wide_error = "::MultiByteUTF8ToWideChar() : failed";
 
 // A lone surrogate, like a character the legacy encoding lacks, has no bytes there: either
 // empties the whole result.
@@ -138,7 +140,7 @@ utf16_string MultiByteEucJpToWideChar(const char* a_text) {
 utf16_string MultiByteUTF8ToWideChar(const char* a_text) {
     auto result = detail::utf8_to_utf16(bytes_of(a_text));
     if (!result) {
-        throw std::runtime_error("::MultiByteUTF8ToWideChar() : failed");
+        throw std::runtime_error(k_utf8_to_wide_error);
     }
     return cut_at_zero(std::move(*result));
 }
@@ -147,6 +149,14 @@ utf16_string MultiByteFilePathToWideChar(const char* a_path) {
     // Linux file names are UTF-8 by convention; a name that is not gives empty text.
     auto result = detail::utf8_to_utf16(bytes_of(a_path));
     return result ? cut_at_zero(std::move(*result)) : utf16_string();
+}
+
+std::size_t checked_utf8_length(const char* a_text) {
+    const auto bytes = bytes_of(a_text);
+    if (!detail::is_valid_utf8(bytes)) {
+        throw std::runtime_error(k_utf8_to_wide_error);
+    }
+    return bytes.size();
 }
 
 std::string WideCharToMultiByteShiftJis(const qiro_plugin_utf16_t* a_text) {
@@ -162,12 +172,12 @@ std::string WideCharToMultiByteUTF8(const qiro_plugin_utf16_t* a_text) {
     if (!result) {
         throw std::runtime_error(k_wide_to_multibyte_error);
     }
-    return *result;
+    return std::move(*result);
 }
 
 std::string WideCharToMultiByteFilePath(const qiro_plugin_utf16_t* a_text) {
     auto result = detail::utf16_to_utf8(units_of(a_text));
-    return result ? *result : std::string();
+    return result ? std::move(*result) : std::string();
 }
 
 } // namespace qiro_plugin::string_encode

@@ -3,6 +3,7 @@
 
 #include "text/utf16_string.hpp"
 
+#include <cstddef>
 #include <string>
 
 namespace qiro_plugin::string_encode {
@@ -12,6 +13,9 @@ namespace qiro_plugin::string_encode {
 utf16_string MultiByteShiftJisToWideChar(const char* a_text);
 utf16_string MultiByteEucJpToWideChar(const char* a_text);
 utf16_string MultiByteUTF8ToWideChar(const char* a_text);
+// The length up to the first zero byte of text that MultiByteUTF8ToWideChar accepts; throws as
+// it would otherwise. For keeping UTF-8 text as it is, with the same rule.
+std::size_t checked_utf8_length(const char* a_text);
 // Never throws: a path that is not valid in the file system's encoding gives empty text.
 utf16_string MultiByteFilePathToWideChar(const char* a_path);
 

@@ -4,15 +4,16 @@
 
 namespace qiro_plugin::string_encode::detail {
 
-std::optional<utf16_string> utf8_to_utf16(std::string_view a_bytes) {
-    utf16_string result;
-    result.reserve(a_bytes.size());
+namespace {
+
+// Decodes strict UTF-8, handing each code point to a_emit; false at the first invalid sequence.
+template <typename Emit> bool decode_utf8(std::string_view a_bytes, Emit&& a_emit) {
     const std::size_t size = a_bytes.size();
     std::size_t i = 0;
     while (i < size) {
         const auto lead = static_cast<std::uint8_t>(a_bytes[i]);
         if (lead < 0x80) {
-            result.push_back(static_cast<char16_t>(lead));
+            a_emit(lead);
             ++i;
             continue;
         }
@@ -32,31 +33,49 @@ std::optional<utf16_string> utf8_to_utf16(std::string_view a_bytes) {
             code = lead & 0x07u;
             minimum = 0x10000;
         } else {
-            return std::nullopt;
+            return false;
         }
         if (size - i < length) {
-            return std::nullopt;
+            return false;
         }
         for (std::size_t k = 1; k < length; ++k) {
             const auto next = static_cast<std::uint8_t>(a_bytes[i + k]);
             if ((next & 0xC0u) != 0x80u) {
-                return std::nullopt;
+                return false;
             }
             code = (code << 6) | (next & 0x3Fu);
         }
         if (code < minimum || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
-            return std::nullopt;
+            return false;
         }
-        if (code >= 0x10000) {
-            code -= 0x10000;
-            result.push_back(static_cast<char16_t>(0xD800 + (code >> 10)));
-            result.push_back(static_cast<char16_t>(0xDC00 + (code & 0x3FFu)));
-        } else {
-            result.push_back(static_cast<char16_t>(code));
-        }
+        a_emit(code);
         i += length;
     }
+    return true;
+}
+
+} // namespace
+
+std::optional<utf16_string> utf8_to_utf16(std::string_view a_bytes) {
+    utf16_string result;
+    result.reserve(a_bytes.size());
+    const bool valid = decode_utf8(a_bytes, [&result](std::uint32_t a_code) {
+        if (a_code >= 0x10000) {
+            a_code -= 0x10000;
+            result.push_back(static_cast<char16_t>(0xD800 + (a_code >> 10)));
+            result.push_back(static_cast<char16_t>(0xDC00 + (a_code & 0x3FFu)));
+        } else {
+            result.push_back(static_cast<char16_t>(a_code));
+        }
+    });
+    if (!valid) {
+        return std::nullopt;
+    }
     return result;
+}
+
+bool is_valid_utf8(std::string_view a_bytes) {
+    return decode_utf8(a_bytes, [](std::uint32_t) {});
 }
 
 std::optional<std::string> utf16_to_utf8(std::u16string_view a_text) {

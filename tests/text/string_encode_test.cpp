@@ -54,7 +54,11 @@ TEST(string_encode, invalid_utf8_and_utf16_throw_the_documented_texts) {
                     throws("::MultiByteUTF8ToWideChar() : failed"))
             << bad;
         EXPECT_TRUE(MultiByteFilePathToWideChar(bad).empty());
+        EXPECT_THAT([&] { checked_utf8_length(bad); },
+                    throws("::MultiByteUTF8ToWideChar() : failed"));
     }
+    const std::string all_lengths = "a\xC3\xA9\xE3\x81\x82\xF0\x9F\x98\x80";
+    EXPECT_EQ(checked_utf8_length(all_lengths.c_str()), all_lengths.size());
     const char16_t lone_high[] = {u'a', 0xD800, u'b', 0};
     const char16_t lone_low[] = {0xDC00, 0};
     for (const char16_t* bad : {lone_high, lone_low}) {

@@ -3,7 +3,6 @@
 #include "debugger/core/localized_texts.hpp"
 #include "debugger/core/request_filling.hpp"
 #include "runtime/plugin_instance_script.hpp"
-#include "text/string_encode.hpp"
 
 #include <chrono>
 #include <stdexcept>
@@ -87,14 +86,11 @@ struct debug_runner::impl {
             a_entry(*instance, message, *quit_flag);
             report.run_ms = milliseconds_since(run_started);
 
-            if (const auto* script =
-                    dynamic_cast<const qiro_plugin_instance_script*>(instance.get())) {
-                report.run_std_output = script->get_last_std_output_string();
-                report.run_std_error = script->get_last_std_err_output_string();
-                m_sink.add_std_output_text(
-                    string_encode::MultiByteUTF8ToWideChar(report.run_std_output.c_str()));
-                m_sink.add_std_error_output_text(
-                    string_encode::MultiByteUTF8ToWideChar(report.run_std_error.c_str()));
+            if (auto* script = dynamic_cast<qiro_plugin_instance_script*>(instance.get())) {
+                report.run_std_output = script->release_last_std_output_string();
+                report.run_std_error = script->release_last_std_err_output_string();
+                m_sink.add_std_output_utf8(report.run_std_output);
+                m_sink.add_std_error_output_utf8(report.run_std_error);
                 if (a_kind == entry_kind::processing) {
                     report.document_parsed = script->is_last_document_parsed();
                 }

@@ -18,6 +18,11 @@ public:
     // Each appends the text followed by CR LF at the end of its pane.
     virtual void add_std_output_text(const utf16_string& a_text) = 0;
     virtual void add_std_error_output_text(const utf16_string& a_text) = 0;
+    // The same for output as the interpreter wrote it: text that is not UTF-8 throws before
+    // anything is appended. By default converted and passed to the two above; a sink that keeps
+    // UTF-8 itself spares the conversion and the copy.
+    virtual void add_std_output_utf8(const std::string& a_text);
+    virtual void add_std_error_output_utf8(const std::string& a_text);
     // Each replaces its pane's whole content by the empty text.
     virtual void clear_std_output_text() = 0;
     virtual void clear_std_error_output_text() = 0;

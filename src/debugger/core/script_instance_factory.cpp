@@ -2,7 +2,6 @@
 
 #include "debugger/core/script_languages.hpp"
 #include "runtime/plugin_instance_script.hpp"
-#include "text/string_encode.hpp"
 
 #include <chrono>
 
@@ -31,10 +30,8 @@ get_script_instance_path(const utf16_string& a_folder, const utf16_string& a_fil
                 a_report->load_error = instance->get_load_error_message();
             }
         }
-        a_sink.add_std_output_text(
-            string_encode::MultiByteUTF8ToWideChar(instance->get_last_std_output_string().c_str()));
-        a_sink.add_std_error_output_text(string_encode::MultiByteUTF8ToWideChar(
-            instance->get_last_std_err_output_string().c_str()));
+        a_sink.add_std_output_utf8(instance->get_last_std_output_string());
+        a_sink.add_std_error_output_utf8(instance->get_last_std_err_output_string());
         if (passed) {
             return instance;
         }

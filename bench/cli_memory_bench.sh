@@ -1,0 +1,69 @@
+#!/usr/bin/env bash
+# Peak resident memory of "qiro-lumen run" for a plug-in that floods one stream (300 MiB; the
+# runner keeps 64 MiB of it), with and without --json, against the bare interpreter writing the
+# same flood. Prints maxrss in MB as /usr/bin/time -v reports it, and a digest of each run's
+# outputs so that a change of the program can be checked to keep every byte.
+# Usage: bench/cli_memory_bench.sh [BUILD_DIR] [MiB]
+set -euo pipefail
+
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+build_dir="$(cd "${1:-$root/build}" && pwd)"
+flood_mib="${2:-300}"
+qiro_lumen="$build_dir/bin/qiro-lumen"
+if [[ ! -x "$qiro_lumen" ]]; then
+    echo "cli_memory_bench: build qiro-lumen first (no $qiro_lumen)" >&2
+    exit 2
+fi
+
+export PATH="/usr/bin:/bin"
+export LC_ALL=C.UTF-8
+scratch="$(mktemp -d)"
+trap 'rm -rf "$scratch"' EXIT
+export HOME="$scratch/home"
+export QIRO_MACHINE_PREFERENCES_DIR="$scratch/machine"
+mkdir -p "$HOME" "$QIRO_MACHINE_PREFERENCES_DIR" "$scratch/plugins"
+
+# One 64-byte ASCII line repeated: ASCII doubles in UTF-16, the costliest text for the panes.
+for stream in stderr stdout; do
+    cat >"$scratch/plugins/flood_$stream.py" <<EOF
+import sys
+
+def qiro_plugin_run_process(request):
+    chunk = ("%063d\n" % 7) * 16384
+    for _ in range($flood_mib):
+        sys.$stream.write(chunk)
+    sys.$stream.flush()
+    return {"candidate": [{"hyoki": request["composition_string"]}]}
+EOF
+done
+# The same flood from the bare interpreter: what writing it costs without us.
+cat >"$scratch/bare_flood.py" <<EOF
+import sys
+chunk = ("%063d\n" % 7) * 16384
+for _ in range($flood_mib):
+    sys.stderr.write(chunk)
+EOF
+
+# Runs a command under /usr/bin/time -v; prints its maxrss in MB and a digest of its outputs.
+measure() {
+    local label="$1"
+    shift
+    /usr/bin/time -v -o "$scratch/time" "$@" >"$scratch/out" 2>"$scratch/err" || true
+    local kib digest
+    kib=$(sed -n 's/.*Maximum resident set size (kbytes): //p' "$scratch/time")
+    # The JSON report carries timings, which change from run to run.
+    digest=$(sed -e 's/"\(syntax_check\|run\|total\)": [0-9.e+-]*/"\1": 0/' "$scratch/out" |
+        cat - "$scratch/err" | sha256sum | cut -c1-16)
+    printf '%-34s %10.1f  %s\n' "$label" "$(awk -v k="$kib" 'BEGIN { print k * 1024 / 1e6 }')" \
+        "$digest"
+}
+
+printf '%-34s %10s  %s\n' "command (${flood_mib} MiB flood)" "maxrss MB" "outputs digest"
+measure "python3 bare_flood.py" python3 "$scratch/bare_flood.py"
+for stream in stderr stdout; do
+    measure "qiro-lumen run ($stream)" "$qiro_lumen" run --plugin-folder "$scratch/plugins" \
+        "flood_$stream.py" 変換
+    measure "qiro-lumen run --json ($stream)" "$qiro_lumen" run --json --plugin-folder \
+        "$scratch/plugins" "flood_$stream.py" 変換
+done
+echo "goal: qiro-lumen run under 300 MB with and without --json for the standard-error flood"
