@@ -4,6 +4,8 @@
 set(QIRO_COMMIT "")
 find_program(GIT_EXECUTABLE git)
 if(GIT_EXECUTABLE)
+    # A build must never hold the index lock that a commit made meanwhile needs.
+    set(ENV{GIT_OPTIONAL_LOCKS} 0)
     execute_process(COMMAND ${GIT_EXECUTABLE} -C ${SOURCE_DIR} describe --always --dirty --abbrev=12
                     OUTPUT_VARIABLE described OUTPUT_STRIP_TRAILING_WHITESPACE
                     RESULT_VARIABLE status ERROR_QUIET)

@@ -43,6 +43,9 @@ if ((${#missing[@]})); then
     "${apt_get[@]}" install -y -qq --no-install-recommends "${missing[@]}"
 fi
 
+# An empty BUILD_DIR only installs the packages (scripts/package.sh asks dpkg-dev for flags first).
+[[ -n $build_dir ]] || exit 0
+
 # The interpreters must be the system's: shims of a version manager on PATH
 # would add start-up time to every plug-in run and may lack python-is-python3.
 export PATH="/usr/bin:/bin:$PATH"

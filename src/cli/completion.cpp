@@ -5,9 +5,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <string_view>
 
 namespace qiro_plugin::cli {
 
