@@ -17,6 +17,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     perl ruby python3 python-is-python3
     dbus dbus-x11 gnome-keyring xvfb xauth fonts-ipafont-gothic
+    dpkg-dev lintian desktop-file-utils appstream groff-base zsh
 )
 
 missing=()
@@ -41,6 +42,9 @@ if ((${#missing[@]})); then
     "${apt_get[@]}" update -qq
     "${apt_get[@]}" install -y -qq --no-install-recommends "${missing[@]}"
 fi
+
+# An empty BUILD_DIR only installs the packages (scripts/package.sh asks dpkg-dev for flags first).
+[[ -n $build_dir ]] || exit 0
 
 # The interpreters must be the system's: shims of a version manager on PATH
 # would add start-up time to every plug-in run and may lack python-is-python3.

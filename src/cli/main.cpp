@@ -1,6 +1,8 @@
 // qiro-lumen: the debugger's runs from the command line, for terminals and CI.
 
+#include "build_version.hpp"
 #include "cli/cli_support.hpp"
+#include "cli/completion.hpp"
 #include "cli/list_bridge_commands.hpp"
 #include "cli/run_commands.hpp"
 #include "cli/settings_commands.hpp"
@@ -97,6 +99,9 @@ int main(int argc, char** argv) {
     bridge->add_option("LANGUAGE", language, "perl, ruby or python")
         ->required()
         ->check(CLI::IsMember({"perl", "ruby", "python"}));
+
+    app.set_version_flag("--version", qiro_plugin::build_info::version_text("qiro-lumen"));
+    add_completion_command(app);
 
     try {
         app.parse(argc, argv);

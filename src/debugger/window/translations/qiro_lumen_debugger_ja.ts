@@ -2,6 +2,21 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ja_JP">
 <context>
+    <name>command_line</name>
+    <message>
+        <source>Runs qiro candidate script plug-ins as the plug-in manager would.</source>
+        <translation>qiro の候補スクリプトプラグインを、プラグインマネージャと同じように実行します。</translation>
+    </message>
+    <message>
+        <source>List plug-ins in DIR instead of the plugin folder beside the program.</source>
+        <translation>プログラムの隣の plugin フォルダではなく DIR のプラグインを一覧にします。</translation>
+    </message>
+    <message>
+        <source>Show the version and exit.</source>
+        <translation>バージョンを表示して終了します。</translation>
+    </message>
+</context>
+<context>
     <name>main_window</name>
     <message>
         <source>QIRO Lumen Script Plug-in Debugger</source>
