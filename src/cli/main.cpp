@@ -5,6 +5,7 @@
 #include "cli/completion.hpp"
 #include "cli/list_bridge_commands.hpp"
 #include "cli/run_commands.hpp"
+#include "cli/sandbox_option.hpp"
 #include "cli/settings_commands.hpp"
 #include "debugger/core/localized_texts.hpp"
 #include "platform/termination_signals.hpp"
@@ -46,6 +47,7 @@ int main(int argc, char** argv) {
                "Exit status: 0 the output parsed as a result document; 1 the plug-in could not "
                "be run or its output did not parse; 2 bad usage; 3 the run ended with an error.");
     run->add_option("--plugin-folder", options.plugin_folder, folder_help);
+    add_sandbox_option(*run, options.sandbox);
     run->add_flag("--json", options.json, "print one JSON object instead of the panes");
     run->add_option("--reading", options.reading, "the reading handed to the plug-in");
     run->add_option("PLUGIN", options.plugin, plugin_help)->required();
@@ -58,6 +60,7 @@ int main(int argc, char** argv) {
                     "The plug-in's .xml must hold <callback>true</callback>. Exit status: 0 ran; "
                     "1 could not be run; 2 bad usage; 3 the run ended with an error.");
     callback->add_option("--plugin-folder", options.plugin_folder, folder_help);
+    add_sandbox_option(*callback, options.sandbox);
     callback->add_flag("--json", options.json, "print one JSON object instead of the panes");
     callback->add_option("PLUGIN", options.plugin, plugin_help)->required();
     callback->add_option("CANDIDATE", options.candidate, "the committed candidate")->required();
@@ -71,6 +74,7 @@ int main(int argc, char** argv) {
                       "The plug-in's .xml must hold <preference>true</preference>. Exit status "
                       "as for callback.");
     preference->add_option("--plugin-folder", options.plugin_folder, folder_help);
+    add_sandbox_option(*preference, options.sandbox);
     preference->add_flag("--json", options.json, "print one JSON object instead of the panes");
     preference->add_option("PLUGIN", options.plugin, plugin_help)->required();
 

@@ -64,6 +64,7 @@ nlohmann::ordered_json report_json(const report_context& a_context, debugger::ru
                           {"run", a_report.run_ms},
                           {"total", a_report.total_ms}};
     json["error"] = a_report.error;
+    json["sandbox"] = utility::sandbox_mode_name(a_report.sandbox);
     return json;
 }
 

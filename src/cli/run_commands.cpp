@@ -2,6 +2,7 @@
 
 #include "cli/cli_support.hpp"
 #include "cli/report_output.hpp"
+#include "cli/sandbox_option.hpp"
 #include "debugger/core/debug_runner.hpp"
 #include "debugger/core/localized_texts.hpp"
 
@@ -72,7 +73,11 @@ int command_run(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
+    runner.set_sandbox(sandbox_mode_of(a_options.sandbox));
     run_report report = runner.run_debug(*written_form, *plugin, *reading);
+    if (report_sandbox_refusal(report)) {
+        return exit_not_run;
+    }
     if (report.result == run_report::outcome::refused) {
         return exit_bad_usage;
     }
@@ -85,6 +90,7 @@ int command_run(const run_options& a_options) {
         if (report.result == run_report::outcome::completed) {
             print_candidates(std::cout, report);
         }
+        print_sandbox_status(report);
     }
     switch (report.result) {
     case run_report::outcome::not_run:
@@ -113,13 +119,18 @@ int command_callback(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
+    runner.set_sandbox(sandbox_mode_of(a_options.sandbox));
     run_report report = runner.run_callback(*candidate, *written_form, *plugin);
+    if (report_sandbox_refusal(report)) {
+        return exit_not_run;
+    }
     if (report.result != run_report::outcome::refused) {
         if (a_options.json) {
             report_context context{*plugin, &a_options.candidate, &a_options.written_form, false};
             print_json(std::cout, report_json(context, report, panes));
         } else {
             print_panes(panes);
+            print_sandbox_status(report);
         }
     }
     return entry_status(report, *plugin, "callback", "callback");
@@ -133,12 +144,17 @@ int command_preference(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
+    runner.set_sandbox(sandbox_mode_of(a_options.sandbox));
     run_report report = runner.run_preference(*plugin);
+    if (report_sandbox_refusal(report)) {
+        return exit_not_run;
+    }
     if (a_options.json) {
         report_context context{*plugin, nullptr, nullptr, false};
         print_json(std::cout, report_json(context, report, panes));
     } else {
         print_panes(panes);
+        print_sandbox_status(report);
     }
     return entry_status(report, *plugin, "preference entry", "preference");
 }

@@ -12,6 +12,7 @@ struct run_options {
     std::string reading;
     std::string candidate;
     bool json = false;
+    std::string sandbox; // empty, "on" or "nonet"
 };
 
 int command_run(const run_options& a_options);

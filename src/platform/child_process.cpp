@@ -129,6 +129,16 @@ void wait_blocking(pid_t a_pid) {
 std::unique_ptr<child_process> child_process::start(const std::string& a_command_line,
                                                     const std::string& a_working_folder,
                                                     int& a_std_output_fd, int& a_std_error_fd) {
+    return start({"/bin/sh", "-c", a_command_line}, a_working_folder, a_std_output_fd,
+                 a_std_error_fd);
+}
+
+std::unique_ptr<child_process> child_process::start(const std::vector<std::string>& a_arguments,
+                                                    const std::string& a_working_folder,
+                                                    int& a_std_output_fd, int& a_std_error_fd) {
+    if (a_arguments.empty()) {
+        return nullptr;
+    }
     pipe_pair std_output;
     pipe_pair std_error;
     if (!std_output.open() || !std_error.open()) {
@@ -138,13 +148,15 @@ std::unique_ptr<child_process> child_process::start(const std::string& a_command
     if (!setup.prepare(std_output.ends[1], std_error.ends[1], a_working_folder)) {
         return nullptr;
     }
-    std::string shell = "/bin/sh";
-    std::string option = "-c";
-    std::string line = a_command_line;
-    std::array<char*, 4> arguments{shell.data(), option.data(), line.data(), nullptr};
+    std::vector<std::string> owned = a_arguments;
+    std::vector<char*> arguments;
+    for (auto& argument : owned) {
+        arguments.push_back(argument.data());
+    }
+    arguments.push_back(nullptr);
     pid_t pid = 0;
-    if (posix_spawn(&pid, shell.c_str(), &setup.actions, &setup.attributes, arguments.data(),
-                    environ) != 0) {
+    if (posix_spawn(&pid, owned.front().c_str(), &setup.actions, &setup.attributes,
+                    arguments.data(), environ) != 0) {
         return nullptr;
     }
     add_running_group(pid);

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace qiro_plugin::utility::detail {
 
@@ -15,6 +16,10 @@ public:
     // when the pipes or the child cannot be set up; otherwise the pipes' reading ends
     // (close-on-exec, non-blocking) are handed out through the two last arguments.
     static std::unique_ptr<child_process> start(const std::string& a_command_line,
+                                                const std::string& a_working_folder,
+                                                int& a_std_output_fd, int& a_std_error_fd);
+    // The same for any program: a_arguments[0] is its absolute path.
+    static std::unique_ptr<child_process> start(const std::vector<std::string>& a_arguments,
                                                 const std::string& a_working_folder,
                                                 int& a_std_output_fd, int& a_std_error_fd);
     // A child still unreaped here (an exception unwound the run) is killed with its group.

@@ -2,6 +2,7 @@
 
 #include "platform/child_process.hpp"
 #include "platform/output_stream.hpp"
+#include "platform/sandbox.hpp"
 #include "text/string_encode.hpp"
 
 #include <cerrno>
@@ -10,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace qiro_plugin::utility {
 
@@ -70,6 +72,18 @@ int folder_error(const std::string& a_path) {
     return ::access(a_path.c_str(), X_OK) == 0 ? 0 : errno;
 }
 
+// Where a confined command starts when the caller names no folder: where the host is.
+std::string current_folder() {
+    std::vector<char> buffer(4096);
+    while (::getcwd(buffer.data(), buffer.size()) == nullptr) {
+        if (errno != ERANGE) {
+            return "/";
+        }
+        buffer.resize(buffer.size() * 2);
+    }
+    return buffer.data();
+}
+
 } // namespace
 
 int run_command(const std::string& a_command_line, const utf16_string& a_working_folder,
@@ -85,7 +99,15 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     }
     int std_output_fd = -1;
     int std_error_fd = -1;
-    auto child = detail::child_process::start(a_command_line, folder, std_output_fd, std_error_fd);
+    std::unique_ptr<detail::child_process> child;
+    if (const sandbox_layout* sandbox = current_sandbox()) {
+        child = detail::child_process::start(
+            sandbox_command(*sandbox, folder.empty() ? current_folder() : folder,
+                            {"/bin/sh", "-c", a_command_line}),
+            folder, std_output_fd, std_error_fd);
+    } else {
+        child = detail::child_process::start(a_command_line, folder, std_output_fd, std_error_fd);
+    }
     if (!child) {
         return 1;
     }

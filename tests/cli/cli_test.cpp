@@ -64,7 +64,8 @@ TEST_F(cli_run, json_report_of_a_successful_run_holds_exactly_the_documented_mem
                         "alternative_alias": "alias", "alternative_type": "definite_string",
                         "info": "py"}],
         "return_type": 0, "candidate_list": "checked above",
-        "timings_ms": {"syntax_check": 0, "run": 0, "total": 0}, "error": ""})");
+        "timings_ms": {"syntax_check": 0, "run": 0, "total": 0}, "error": "",
+        "sandbox": "off"})");
     expected["plugin_folder"] = sandbox.plugins().string() + "/";
     expected["stdout_pane"] = "syntax ok\r\n" + run_stdout + "\r\n";
     expected["run_stdout"] = run_stdout;

@@ -2,10 +2,15 @@
 
 #include "debugger/core/localized_texts.hpp"
 #include "debugger/core/request_filling.hpp"
+#include "debugger/core/run_sandbox.hpp"
+#include "platform/data_folder.hpp"
+#include "platform/sandbox_availability.hpp"
 #include "runtime/plugin_instance_script.hpp"
 
 #include <chrono>
+#include <optional>
 #include <stdexcept>
+#include <variant>
 
 namespace qiro_plugin::debugger {
 
@@ -37,6 +42,7 @@ struct debug_runner::impl {
     settings_reader m_settings_reader;
     instance_factory m_instance_factory;
     probe_policy m_probe_policy = probe_policy::after_failure;
+    utility::sandbox_mode m_sandbox = utility::sandbox_mode::off;
 
     impl(run_output_sink& a_sink, alert_sink& a_alerts)
         : m_sink(a_sink), m_alerts(a_alerts),
@@ -50,6 +56,10 @@ struct debug_runner::impl {
     run_report drive(entry_kind a_kind, const plugin_entry& a_plugin, Entry&& a_entry) {
         const auto started = clock_type::now();
         run_report report;
+        std::optional<utility::sandbox_scope> confinement;
+        if (!confine(a_plugin, report, confinement)) {
+            return report;
+        }
         std::shared_ptr<abstract_qiro_plugin_instance> instance;
         std::shared_ptr<abstract_qiro_plugin_message> message;
         std::unique_ptr<qiro_plugin_message_quit_flag> quit_flag;
@@ -118,6 +128,37 @@ struct debug_runner::impl {
         return report;
     }
 
+    // Sets up the sandbox the runner was asked for, for every command of this run on this
+    // thread; false, with the report refused, when it cannot be had.
+    bool confine(const plugin_entry& a_plugin, run_report& a_report,
+                 std::optional<utility::sandbox_scope>& a_confinement) const {
+        a_report.sandbox = m_sandbox;
+        if (m_sandbox == utility::sandbox_mode::off) {
+            return true;
+        }
+        std::string refusal;
+        try {
+            auto availability = utility::check_sandbox();
+            if (availability.error.empty()) {
+                auto layout = make_run_sandbox(
+                    m_sandbox, a_plugin, utility::get_qiro_lumen_data_folder(), availability.tool);
+                if (auto* ready = std::get_if<utility::sandbox_layout>(&layout)) {
+                    a_confinement.emplace(std::move(*ready));
+                    return true;
+                }
+                refusal = std::get<std::string>(layout);
+            } else {
+                refusal = availability.error;
+            }
+        } catch (const std::exception& error) {
+            refusal = std::string("the sandbox could not be set up: ") + error.what();
+        }
+        a_report.result = run_report::outcome::refused;
+        a_report.refusal = std::move(refusal);
+        a_report.sandbox_unavailable = true;
+        return false;
+    }
+
     static void collect_candidates(const abstract_qiro_plugin_instance& a_instance,
                                    const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
                                    run_report& a_report) {
@@ -163,6 +204,14 @@ void debug_runner::set_instance_factory(instance_factory a_factory) {
 
 void debug_runner::set_probe_policy(probe_policy a_policy) {
     p_impl->m_probe_policy = a_policy;
+}
+
+void debug_runner::set_sandbox(utility::sandbox_mode a_mode) {
+    p_impl->m_sandbox = a_mode;
+}
+
+utility::sandbox_mode debug_runner::sandbox() const {
+    return p_impl->m_sandbox;
 }
 
 run_report debug_runner::run_debug(const utf16_string& a_written_form, const plugin_entry& a_plugin,

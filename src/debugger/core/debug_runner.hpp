@@ -5,6 +5,7 @@
 #include "debugger/core/run_report.hpp"
 #include "debugger/core/run_sinks.hpp"
 #include "debugger/core/script_instance_factory.hpp"
+#include "platform/sandbox.hpp"
 #include "settings/manager_preference_access.hpp"
 
 #include <functional>
@@ -40,6 +41,10 @@ public:
     void set_instance_factory(instance_factory a_factory);
     // after_failure unless set: only a run that failed or returned no candidate is probed.
     void set_probe_policy(probe_policy a_policy);
+    // off unless set. When on, every command of a run runs inside bubblewrap, and a run on a
+    // machine where bubblewrap cannot confine it is refused, never run unconfined.
+    void set_sandbox(utility::sandbox_mode a_mode);
+    utility::sandbox_mode sandbox() const;
 
     // One processing run of the plug-in for the written form, as the plug-in manager would
     // do it: panes cleared, syntax check and run outputs appended, alerts for a refused

@@ -2,6 +2,7 @@
 // Everything one run produced, for front ends that show more than the two panes.
 
 #include "diagnosis/finding.hpp"
+#include "platform/sandbox.hpp"
 #include "runtime/message_script.hpp"
 #include "text/utf16_string.hpp"
 
@@ -38,6 +39,10 @@ struct run_report {
     std::string error; // the text of the exception that ended the run
     // What the diagnosis found, beside the faithful outputs above; empty when nothing was.
     std::vector<diagnosis::finding> findings;
+    // The confinement the run's commands had; a refusal with sandbox_unavailable set means
+    // the sandbox was asked for and could not be set up (refusal says why).
+    utility::sandbox_mode sandbox = utility::sandbox_mode::off;
+    bool sandbox_unavailable = false;
 };
 
 } // namespace qiro_plugin::debugger

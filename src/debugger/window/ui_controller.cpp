@@ -3,6 +3,7 @@
 #include "debugger/core/localized_texts.hpp"
 #include "debugger/core/script_instance_factory.hpp"
 #include "debugger/window/alert_box.hpp"
+#include "debugger/window/sandbox_toggle.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/localized_string.hpp"
 #include "ui_main_window.h"
@@ -94,6 +95,7 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
     connect(p_impl->m_ui.m_reload_button, &QPushButton::clicked, this, &ui_controller::reload);
     connect(m_loaded_plusins_popup_button, &QComboBox::activated, this,
             [this](int a_index) { m_menu_model.select(static_cast<std::size_t>(a_index)); });
+    m_self_window->statusBar()->addPermanentWidget(new sandbox_toggle(p_impl->m_runner));
     awake_from_nib();
 }
 
@@ -205,8 +207,19 @@ void ui_controller::show_run_summary(const run_report& a_report, const QString& 
         }
         break;
     case run_report::outcome::refused:
+        if (a_report.sandbox_unavailable) {
+            summary =
+                tr("%1 was not run: %2").arg(a_file_name, QString::fromStdString(a_report.refusal));
+            break;
+        }
+        return; // the alert has said it
     case run_report::outcome::entry_not_enabled:
         return; // the alert has said it
+    }
+    if (a_report.sandbox != utility::sandbox_mode::off && !a_report.sandbox_unavailable) {
+        summary += QLatin1Char(' ') + (a_report.sandbox == utility::sandbox_mode::nonet
+                                           ? tr("(sandboxed, no network)")
+                                           : tr("(sandboxed)"));
     }
     m_self_window->statusBar()->showMessage(summary);
 }

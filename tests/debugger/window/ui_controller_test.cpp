@@ -1,10 +1,12 @@
 #include "debugger/core/localized_texts.hpp"
 #include "debugger/core/plugin_discovery.hpp"
 #include "debugger/window/alert_box.hpp"
+#include "debugger/window/sandbox_toggle.hpp"
 #include "debugger/window/ui_controller.hpp"
 #include "debugger/window/window_translations.hpp"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -213,6 +215,27 @@ private slots:
         if (const QByteArray path = qgetenv("QIRO_SCREENSHOT"); !path.isEmpty()) {
             QVERIFY(controller().window()->grab().save(QString::fromLocal8Bit(path)));
         }
+    }
+
+    void the_sandbox_toggle_confines_runs_and_is_remembered() {
+        auto* toggle = controller().window()->findChild<sandbox_toggle*>();
+        QVERIFY(toggle != nullptr);
+        QVERIFY(!toggle->no_network_box()->isEnabled());
+        toggle->sandbox_box()->setChecked(true);
+        toggle->no_network_box()->setChecked(true);
+        QCOMPARE(controller().runner().sandbox(), utility::sandbox_mode::nonet);
+        run_with(QStringLiteral("変換"));
+        const QString summary = controller().window()->statusBar()->currentMessage();
+        QVERIFY2(summary.contains(QStringLiteral(" candidates ")) &&
+                     summary.endsWith(QStringLiteral("(sandboxed, no network)")),
+                 qPrintable(summary));
+        // A toggle made later, as at the next start, finds the choice again.
+        controller().runner().set_sandbox(utility::sandbox_mode::off);
+        const sandbox_toggle restored(controller().runner());
+        QCOMPARE(controller().runner().sandbox(), utility::sandbox_mode::nonet);
+        QVERIFY(restored.no_network_box()->isChecked());
+        toggle->sandbox_box()->setChecked(false);
+        QCOMPARE(controller().runner().sandbox(), utility::sandbox_mode::off);
     }
 
     void the_window_stays_live_with_the_indicator_moving_during_a_run() {
