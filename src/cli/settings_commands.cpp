@@ -132,8 +132,8 @@ bool report_damaged_file() {
         domain_file_path(APPLICATION_ID_LATEST, preference_scope::current_user_any_host);
     print_error("the settings file " +
                 (path ? path->string() : std::string(APPLICATION_ID_LATEST)) +
-                " is damaged (it is not a property list), so nothing was changed; repair it, or "
-                "move it away to start from the defaults");
+                " is damaged: it cannot be read as a property list, so nothing was changed; "
+                "repair it, or move it away to start from the defaults");
     return true;
 }
 

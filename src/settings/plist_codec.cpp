@@ -75,8 +75,8 @@ std::optional<preference_value> from_node(plist_t a_node, int a_depth) {
     case PLIST_UINT: {
         std::uint64_t value = 0;
         plist_get_uint_val(a_node, &value);
-        // The node keeps whether it is signed, but only its comparison tells: a large value
-        // equal to the signed node of the same bits is negative.
+        // libplist keeps whether an integer node is signed but has no call to ask: a large
+        // value is unsigned unless it equals the signed node of the same bits.
         if (value > INT64_MAX) {
             plist_handle as_signed(plist_new_uint(value));
             if (plist_compare_node_value(a_node, as_signed.get()) == 0) {

@@ -10,7 +10,7 @@ namespace qiro_plugin::debugger {
 
 namespace {
 
-constexpr std::array<localized_text_entry, 9> table{{
+constexpr std::array<localized_text_entry, 10> table{{
     {ALERT_RELOAD_ERROR, "No plug-in file (.pl, .py or .rb) was found in the plugin folder.",
      "plugin フォルダにプラグインファイル（.pl、.py、.rb）が見つかりませんでした。"},
     {ALERT_EMPTY_HYOKI, "Enter the written form (hyoki) to hand to the plug-in.",
@@ -36,6 +36,11 @@ constexpr std::array<localized_text_entry, 9> table{{
     {HINT_TEXT_NOT_CONVERTIBLE,
      "A text holds a broken UTF-16 sequence (a lone surrogate) and cannot be passed on.",
      "UTF-16 として壊れた文字（対になっていないサロゲート）を含むテキストは渡せません。"},
+    {HINT_DOCUMENT_TOO_LONG,
+     "A document is longer than 10,485,760 bytes, the most one may hold: the run's output "
+     "(what the plug-in printed comes first in it), or the plug-in's companion .xml.",
+     "文書が上限の 10,485,760 バイトを超えています。実行の出力（プラグインが出力した文字も"
+     "含みます）か、プラグインと対になる .xml のどちらかです。"},
 }};
 
 } // namespace
@@ -66,6 +71,8 @@ utf16_string run_error_hint(const std::string& a_error) {
         key = HINT_DATA_FOLDER_MISSING;
     } else if (a_error == "::WideCharToMultiByteShiftJis() : failed") {
         key = HINT_TEXT_NOT_CONVERTIBLE;
+    } else if (a_error == "xml_access_utility_impl::xml_access_utility_impl() : failed") {
+        key = HINT_DOCUMENT_TOO_LONG;
     }
     return key == nullptr ? utf16_string() : utility::localized_string(key);
 }

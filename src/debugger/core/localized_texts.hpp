@@ -17,6 +17,7 @@ inline constexpr const char* HINT_OUTPUT_NOT_UTF8 = "HintOutputNotUtf8";
 inline constexpr const char* HINT_BRIDGE_FILE_NOT_WRITTEN = "HintBridgeFileNotWritten";
 inline constexpr const char* HINT_DATA_FOLDER_MISSING = "HintDataFolderMissing";
 inline constexpr const char* HINT_TEXT_NOT_CONVERTIBLE = "HintTextNotConvertible";
+inline constexpr const char* HINT_DOCUMENT_TOO_LONG = "HintDocumentTooLong";
 
 enum class text_language { english, japanese };
 

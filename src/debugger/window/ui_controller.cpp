@@ -141,6 +141,9 @@ void ui_controller::awake_from_nib() {
     const QSize initial = m_self_window->size();
     m_self_window->setMinimumSize(initial);
     m_self_window->setMaximumSize(initial * 2);
+
+    // Until the first reload has listed the folder there is nothing to choose or run.
+    fill_menu();
 }
 
 void ui_controller::reload() {

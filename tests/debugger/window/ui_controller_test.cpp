@@ -83,6 +83,8 @@ private slots:
                                     .arg(run_button()->isEnabled() ? "on" : "off");
         });
         controller().window()->show();
+        // Before the first reload nothing can be chosen or run.
+        QVERIFY(!menu()->isEnabled() && !run_button()->isEnabled());
     }
 
     void init() { m_alerts.clear(); }
