@@ -1,13 +1,15 @@
 #include "debugger/core/plugin_discovery.hpp"
 #include "debugger/window/ui_controller.hpp"
 #include "debugger/window/window_translations.hpp"
+#include "debugger/window/workbench.hpp"
 #include "platform/termination_signals.hpp"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QIcon>
 #include <QMainWindow>
-#include <QTimer>
+
+#include <cstdio>
 
 int main(int argc, char* argv[]) {
     qiro_plugin::utility::end_running_commands_on_termination_signals();
@@ -26,14 +28,34 @@ int main(int argc, char* argv[]) {
         QStringLiteral("List plug-ins in DIR instead of the plugin folder beside the program."),
         QStringLiteral("DIR"));
     parser.addOption(folder_option);
+    const QCommandLineOption run_option(
+        QStringLiteral("run"),
+        QStringLiteral("Select FILE (a name in the plug-in folder, or a path), type "
+                       "WRITTEN_FORM and run it once the window is up."),
+        QStringLiteral("FILE"));
+    parser.addOption(run_option);
+    parser.addPositionalArgument(QStringLiteral("WRITTEN_FORM"),
+                                 QStringLiteral("The written form for --run."));
     parser.process(application);
+
+    qiro_plugin::debugger::start_options options;
     if (parser.isSet(folder_option)) {
-        qiro_plugin::debugger::set_plugin_folder(
-            qiro_plugin::debugger::make_plugin_folder(parser.value(folder_option).toStdString()));
+        options.plugin_folder = parser.value(folder_option);
+    }
+    if (parser.isSet(run_option)) {
+        if (parser.positionalArguments().size() != 1) {
+            std::fputs("qiro-lumen-debugger: --run needs FILE and WRITTEN_FORM\n", stderr);
+            return 2;
+        }
+        options.run_file = parser.value(run_option);
+        options.run_written_form = parser.positionalArguments().front();
+    } else if (!parser.positionalArguments().isEmpty()) {
+        std::fputs("qiro-lumen-debugger: a written form is only taken with --run\n", stderr);
+        return 2;
     }
 
     auto& controller = qiro_plugin::debugger::ui_controller::getInstance();
-    controller.window()->show();
-    QTimer::singleShot(0, &controller, &qiro_plugin::debugger::ui_controller::reload);
+    auto* bench = new qiro_plugin::debugger::workbench(controller);
+    bench->start(options);
     return QApplication::exec();
 }

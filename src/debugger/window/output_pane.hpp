@@ -1,0 +1,56 @@
+#pragma once
+// A read-only output pane that stays live with tens of megabytes and lines of megabytes.
+
+#include <QPlainTextEdit>
+#include <QString>
+
+class QTimer;
+
+namespace qiro_plugin::debugger {
+
+// Keeps the exact text it was given and shows it in the plain-text view. Small appends are
+// inserted at once; large ones are inserted in slices from the event loop, and lines longer
+// than a display limit are shown broken into several blocks, since laying out one very long
+// line stalls the view for seconds. Copy and save always give the exact text.
+class output_pane : public QPlainTextEdit {
+    Q_OBJECT
+
+public:
+    // Lines longer than this many UTF-16 units are shown broken; the text itself is not.
+    static constexpr qsizetype display_line_limit = 4096;
+
+    explicit output_pane(QWidget* a_parent = nullptr);
+
+    // Appends the text and one line break: CR LF to the view (one paragraph break), "\n" to
+    // the exact text.
+    void append_line(const QString& a_text);
+    // Empties the pane and forgets what was still waiting to be shown.
+    void clear_text();
+
+    // Everything appended since the last clear, exactly.
+    const QString& exact_text() const { return m_exact; }
+    // True while part of the text still waits to be shown.
+    bool is_showing() const { return !m_pending.isEmpty(); }
+    // Writes the exact text as UTF-8; false with a_error set when the file cannot be written.
+    bool save_to_file(const QString& a_path, QString* a_error = nullptr) const;
+
+signals:
+    void showing_finished();
+
+protected:
+    QMimeData* createMimeDataFromSelection() const override;
+    void contextMenuEvent(QContextMenuEvent* a_event) override;
+
+private:
+    void show_slice();
+    void insert_for_display(QStringView a_text);
+
+    QString m_exact;
+    QString m_pending;
+    qsizetype m_pending_start = 0;
+    // Units since the last line break shown, to know where a long line must be broken.
+    qsizetype m_column = 0;
+    QTimer* m_slice_timer = nullptr;
+};
+
+} // namespace qiro_plugin::debugger
