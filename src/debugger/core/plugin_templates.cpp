@@ -121,6 +121,7 @@ package Qiro_plugin;
 use strict;
 use warnings;
 use utf8;
+use Encode ();
 
 # Candidates for the text being converted. The request is the last argument.
 #   $request->{composition_string}  the written form being converted (hyoki)
@@ -152,14 +153,15 @@ sub run_process {
 # plus the proxy keys as for run_process. The output is not read.
 sub run_callback {
     my $request = $_[-1];
-    print STDERR 'committed: ' . ($request->{candidate_string} // '') . "\n";
+    # The request's texts are characters; print their UTF-8 bytes.
+    print STDERR Encode::encode('UTF-8', 'committed: ' . ($request->{candidate_string} // '') . "\n");
 }
 
 # Called when the user opens this plug-in's settings.
 #   $request->{path}  the folder where the plug-in may keep its settings
 sub run_preference {
     my $request = $_[-1];
-    print STDERR 'settings folder: ' . ($request->{path} // '') . "\n";
+    print STDERR Encode::encode('UTF-8', 'settings folder: ' . ($request->{path} // '') . "\n");
 }
 
 1;
