@@ -122,6 +122,11 @@ QMimeData* output_pane::createMimeDataFromSelection() const {
     }
     const int start = selection.selectionStart();
     const int end = selection.selectionEnd();
+    // The whole pane copies as it was received, carriage returns included.
+    if (start == 0 && end >= document()->characterCount() - 1 && m_pending.isEmpty()) {
+        mime->setText(m_exact);
+        return mime;
+    }
     QString text;
     for (QTextBlock block = document()->findBlock(start); block.isValid(); block = block.next()) {
         if (block.position() > end) {

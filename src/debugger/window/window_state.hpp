@@ -19,7 +19,7 @@ struct window_state {
     bool run_on_save = false;
 };
 
-// $XDG_CONFIG_HOME/qiro/qiro-lumen-debugger.conf (~/.config when unset).
+// $XDG_CONFIG_HOME/qiro/qiro-lumen-debugger.ini (~/.config when unset).
 window_state load_window_state();
 void save_window_state(const window_state& a_state);
 
