@@ -42,23 +42,39 @@ void folder_watch::watch_plugin(const std::optional<plugin_entry>& a_plugin) {
 }
 
 void folder_watch::rewatch() {
-    if (!m_watcher->files().isEmpty()) {
-        m_watcher->removePaths(m_watcher->files());
-    }
-    if (!m_watcher->directories().isEmpty()) {
-        m_watcher->removePaths(m_watcher->directories());
-    }
+    QStringList wanted;
     if (!m_folder.isEmpty() && QDir(m_folder).exists()) {
-        m_watcher->addPath(m_folder);
+        wanted << QDir(m_folder).absolutePath();
     }
     if (m_plugin) {
         // Editors that save by renaming a new file over the old one end the watch of that
         // file, so each change puts the watches back; missing files are simply not watched.
         for (const auto& file : watched_files(*m_plugin)) {
             if (QFileInfo::exists(path_text(file))) {
-                m_watcher->addPath(path_text(file));
+                wanted << path_text(file);
             }
         }
+    }
+    // Only the differences change: a watch taken away and put back would drop the events
+    // already waiting on it.
+    const QStringList watched = m_watcher->files() + m_watcher->directories();
+    QStringList gone;
+    for (const QString& path : watched) {
+        if (!wanted.contains(path)) {
+            gone << path;
+        }
+    }
+    if (!gone.isEmpty()) {
+        m_watcher->removePaths(gone);
+    }
+    QStringList added;
+    for (const QString& path : wanted) {
+        if (!watched.contains(path)) {
+            added << path;
+        }
+    }
+    if (!added.isEmpty()) {
+        m_watcher->addPaths(added);
     }
 }
 

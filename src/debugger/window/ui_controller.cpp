@@ -34,7 +34,10 @@ utf16_string to_utf16(const QString& a_text) {
 // break, where appendPlainText would add a second one. The pane shows very large or very
 // long-lined output in slices, so the window stays live.
 void append_line(QPlainTextEdit* a_pane, const utf16_string& a_text) {
-    static_cast<output_pane*>(a_pane)->append_line(to_qstring(a_text));
+    // A straight copy of the code units: tens of megabytes cost a copy, and nothing, not even
+    // a leading byte-order mark, is dropped on the way.
+    static_cast<output_pane*>(a_pane)->append_line(QString(
+        reinterpret_cast<const QChar*>(a_text.data()), static_cast<qsizetype>(a_text.size())));
 }
 
 // Closing the only window ends the application; it is never refused.

@@ -209,8 +209,11 @@ private slots:
         QCOMPARE(pane->exact_text(), exact);
         QVERIFY(pane->is_showing());
         QTRY_VERIFY_WITH_TIMEOUT(!pane->is_showing(), 60000);
-        // Shown broken into blocks of at most the display limit, copied and saved whole.
+        // Shown broken into blocks, the rest of the line as a note; copied and saved whole.
         QVERIFY(pane->document()->firstBlock().length() <= output_pane::display_line_limit + 1);
+        QVERIFY(pane->toPlainText().contains(
+            QStringLiteral("[… %1 more characters on this line]")
+                .arg(long_line.size() - output_pane::line_display_limit)));
         pane->selectAll();
         pane->copy();
         QCOMPARE(QApplication::clipboard()->text(), exact);

@@ -229,6 +229,18 @@
     </context>
     <context>
         <name>qiro_plugin::debugger::output_pane</name>
+        <message numerus="yes">
+            <source>[… %n more character(s) not shown here; Save Output keeps everything]</source>
+            <translation>
+                <numerusform>[… ほか %n 文字はここに表示していません。「出力を保存」ですべて保存できます]</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>[… %n more character(s) on this line]</source>
+            <translation>
+                <numerusform>[… この行にはほかに %n 文字あります]</numerusform>
+            </translation>
+        </message>
         <message>
             <source>Copy &amp;All</source>
             <translation>すべてコピー(&amp;A)</translation>
