@@ -105,6 +105,10 @@ void candidate_preview::show_report(const run_report& a_report) {
         ++row;
     }
     m_table->resizeColumnsToContents();
+    // A long comment or address must not push the other columns out of sight.
+    for (int column = 0; column < m_table->columnCount() - 1; ++column) {
+        m_table->setColumnWidth(column, std::min(m_table->columnWidth(column), 260));
+    }
     m_comment_view->clear();
     m_document_view->setPlainText(QString::fromUtf8(a_report.candidate_list));
     if (!m_candidates.empty()) {

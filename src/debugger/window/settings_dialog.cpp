@@ -58,7 +58,9 @@ settings_dialog::settings_dialog(const QStringList& a_plugin_names, bool a_keyri
     key_row->addWidget(m_shift);
     key_row->addWidget(m_ctrl);
     key_row->addWidget(m_option);
-    candidate_form->addRow(tr("Candidate &change key:"), key_row);
+    auto* key_label = new QLabel(tr("Candidate &change key:"));
+    key_label->setBuddy(m_change_key);
+    candidate_form->addRow(key_label, key_row);
     for (std::size_t index = 0; index < m_plugin_keys.size(); ++index) {
         auto* box = new QComboBox;
         box->setEditable(true);

@@ -27,6 +27,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QStatusBar>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTextBlock>
@@ -61,6 +62,13 @@ private:
     output_pane* std_error() { return find<output_pane>("m_std_error_output_text_view"); }
     QString status() { return window()->statusBar()->currentMessage(); }
     QString path(const QString& a_name) { return m_plugins.filePath(a_name); }
+    // scripts/screenshot.sh takes the README's pictures from the tests' own windows.
+    void screenshot(QWidget* a_widget, const char* a_name) {
+        if (const QByteArray folder = qgetenv("QIRO_SCREENSHOT_DIR"); !folder.isEmpty()) {
+            QVERIFY(a_widget->grab().save(QString::fromLocal8Bit(folder) + QLatin1Char('/') +
+                                          QString::fromLatin1(a_name)));
+        }
+    }
 
     void write(const QString& a_name, const QByteArray& a_text) {
         QFile file(path(a_name));
@@ -102,6 +110,9 @@ private slots:
         options.restore_state = false;
         m_bench->start(options);
         QTRY_COMPARE(menu()->count(), 1);
+        // Window shortcuts need the active window; under Xvfb it becomes active on request.
+        window()->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window()));
         QVERIFY(window()->windowTitle().endsWith(m_plugins.path() + QLatin1Char('/')));
     }
 
@@ -127,6 +138,10 @@ private slots:
         QVERIFY(m_bench->preview().document_view()->toPlainText().contains(
             QStringLiteral("<title>「変換」</title>")));
         QVERIFY(status().contains(QStringLiteral(": 2 candidates (")));
+        m_bench->preview().table()->selectRow(0);
+        find<QTabWidget>("m_result_tabs")->setCurrentIndex(1);
+        screenshot(window(), "preview.png");
+        find<QTabWidget>("m_result_tabs")->setCurrentIndex(0);
 
         // An empty reading leaves it out of the request.
         run_with(QStringLiteral("sample_python.py"), QStringLiteral("変換"));
@@ -331,6 +346,8 @@ private slots:
         for (key->setCurrentIndex(chosen); !dialog.edited_data(); key->setCurrentIndex(--chosen)) {
         }
         QVERIFY(chosen > 0);
+        dialog.show();
+        screenshot(&dialog, "settings-dialog.png");
         QVERIFY(dialog.save());
 
         const auto saved = manager_preference_access::read_manager_preference();
