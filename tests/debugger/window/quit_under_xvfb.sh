@@ -34,6 +34,10 @@ done
 end=$(date +%s%N)
 wait "$pid" || { echo "the window exited with status $?" >&2; cat "$scratch/out.txt" >&2; exit 1; }
 echo "quit after $(( (end - start) / 1000000 )) ms"
+if [ ! -e "$scratch/ran" ]; then
+    echo "the window did not run the plug-in given with --run" >&2
+    exit 1
+fi
 if pgrep -f "$scratch/$name" >/dev/null; then
     echo "a process of the plug-in outlived the window" >&2
     exit 1

@@ -365,6 +365,21 @@ private slots:
         QCOMPARE(again.edited_data().value(), saved);
     }
 
+    void new_texts_have_japanese_and_english_plural_forms() {
+        const auto text = [](const char* a_context, const char* a_source, int a_count = -1) {
+            return QCoreApplication::translate(a_context, a_source, nullptr, a_count);
+        };
+        const char* summary = "%1 ran as %2: %n candidate(s) (syntax check %3 ms, run %4 ms).";
+        QCOMPARE(text("qiro_plugin::debugger::ui_controller", summary, 1),
+                 QStringLiteral("%1 ran as %2: 1 candidate (syntax check %3 ms, run %4 ms)."));
+        install_window_translations(*qApp, QLocale(QLocale::Japanese));
+        QCOMPARE(text("window_menus", "&Quit"), QStringLiteral("終了(&Q)"));
+        QCOMPARE(text("qiro_plugin::debugger::history_panel", "%n candidate(s)", 3),
+                 QStringLiteral("候補 3 件"));
+        QCOMPARE(text("qiro_plugin::debugger::stop_control", "%1 s"), QStringLiteral("%1 秒"));
+        install_window_translations(*qApp, QLocale(QLocale::English));
+    }
+
     void window_state_is_remembered() {
         written_form()->setText(QStringLiteral("覚える"));
         m_bench->save_state();
