@@ -40,12 +40,46 @@ public:
 // A table cell shows a comment's start; the whole of it is in the view under the table.
 constexpr qsizetype cell_text_limit = 200;
 
-QString cell_text(QString a_text) {
-    a_text.replace(QLatin1Char('\n'), QStringLiteral(" ⏎ "));
-    if (a_text.size() > cell_text_limit) {
-        a_text = a_text.left(cell_text_limit) + QStringLiteral("…");
-    }
+// The start of a comment's text for its cell: markup left out, a line break shown as ⏎. A
+// result may hold many thousands of candidates, so each cell reads only as far as it shows;
+// the selected comment is rendered properly under the table.
+QString decoded(QString a_text) {
+    a_text.replace(QLatin1String("&lt;"), QLatin1String("<"))
+        .replace(QLatin1String("&gt;"), QLatin1String(">"))
+        .replace(QLatin1String("&quot;"), QLatin1String("\""))
+        .replace(QLatin1String("&apos;"), QLatin1String("'"))
+        .replace(QLatin1String("&amp;"), QLatin1String("&"));
     return a_text;
+}
+
+QString cell_text(const utf16_string& a_comment) {
+    QString text;
+    bool in_markup = false;
+    QString tag;
+    for (const char16_t unit : a_comment) {
+        const QChar character(unit);
+        if (in_markup) {
+            if (character == QLatin1Char('>')) {
+                in_markup = false;
+                const QString name = tag.trimmed().toLower();
+                if (name.startsWith(QLatin1String("br")) || name == QLatin1String("/h2") ||
+                    name == QLatin1String("/p")) {
+                    text += QStringLiteral(" ⏎ ");
+                }
+            } else {
+                tag += character;
+            }
+        } else if (character == QLatin1Char('<')) {
+            in_markup = true;
+            tag.clear();
+        } else if (character != QLatin1Char('\n') && character != QLatin1Char('\r')) {
+            text += character;
+        }
+        if (text.size() > cell_text_limit) {
+            return decoded(text.left(cell_text_limit)) + QStringLiteral("…");
+        }
+    }
+    return decoded(text);
 }
 
 } // namespace
@@ -61,6 +95,8 @@ candidate_preview::candidate_preview(QTabWidget* a_tabs) : QObject(a_tabs) {
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->setSelectionMode(QAbstractItemView::SingleSelection);
     m_table->horizontalHeader()->setStretchLastSection(true);
+    // Column widths from the first rows only: measuring every row of a long result is slow.
+    m_table->horizontalHeader()->setResizeContentsPrecision(50);
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + 6);
     m_comment_view = new sealed_browser(page);
     m_comment_view->setObjectName(QStringLiteral("m_comment_view"));
@@ -93,7 +129,7 @@ void candidate_preview::show_report(const run_report& a_report) {
     int row = 0;
     for (const auto& candidate : m_candidates) {
         const QString cells[] = {to_qstring(candidate.title),
-                                 cell_text(comment_text(candidate.comment)),
+                                 cell_text(candidate.comment),
                                  to_qstring(candidate.alternative),
                                  to_qstring(candidate.alternative_type),
                                  to_qstring(candidate.alternative_alias),
