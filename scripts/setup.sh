@@ -16,7 +16,7 @@ packages=(
     libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     perl ruby python3 python-is-python3
-    dbus dbus-x11 gnome-keyring xvfb xauth fonts-ipafont-gothic
+    dbus dbus-x11 gnome-keyring xvfb xauth xdotool fonts-ipafont-gothic
     dpkg-dev lintian desktop-file-utils appstream groff-base zsh bubblewrap
 )
 

@@ -4,6 +4,7 @@
 #include "cli/cli_support.hpp"
 #include "cli/completion.hpp"
 #include "cli/list_bridge_commands.hpp"
+#include "cli/new_watch_commands.hpp"
 #include "cli/run_commands.hpp"
 #include "cli/sandbox_option.hpp"
 #include "cli/settings_commands.hpp"
@@ -50,6 +51,9 @@ int main(int argc, char** argv) {
     add_sandbox_option(*run, options.sandbox);
     run->add_flag("--json", options.json, "print one JSON object instead of the panes");
     run->add_option("--reading", options.reading, "the reading handed to the plug-in");
+    bool watch = false;
+    run->add_flag("--watch", watch,
+                  "run again each time the plug-in or its .xml is saved, until interrupted");
     run->add_option("PLUGIN", options.plugin, plugin_help)->required();
     run->add_option("WRITTEN_FORM", options.written_form,
                     "the written form (hyoki): 1 to 100 UTF-16 code units")
@@ -104,6 +108,17 @@ int main(int argc, char** argv) {
         ->required()
         ->check(CLI::IsMember({"perl", "ruby", "python"}));
 
+    std::string new_language;
+    std::string new_name;
+    std::string new_folder;
+    auto* make_new = app.add_subcommand(
+        "new", "Write a new plug-in from a template: NAME.EXT with the processing, callback and "
+               "preference entries, and its NAME.xml document.");
+    make_new->add_option("LANGUAGE", new_language, "perl, python or ruby")->required();
+    make_new->add_option("NAME", new_name, "the plug-in's name, also its file name")->required();
+    make_new->add_option("--plugin-folder", new_folder,
+                         "where to write the files (default: the current folder)");
+
     app.set_version_flag("--version", qiro_plugin::build_info::version_text("qiro-lumen"));
     add_completion_command(app);
 
@@ -118,7 +133,10 @@ int main(int argc, char** argv) {
 
     try {
         if (*run) {
-            return command_run(options);
+            return watch ? command_run_watch(options) : command_run(options);
+        }
+        if (*make_new) {
+            return command_new(new_language, new_name, new_folder);
         }
         if (*callback) {
             return command_callback(options);

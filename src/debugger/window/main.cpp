@@ -1,14 +1,13 @@
 #include "build_version.hpp"
-#include "debugger/core/plugin_discovery.hpp"
 #include "debugger/window/ui_controller.hpp"
 #include "debugger/window/window_translations.hpp"
+#include "debugger/window/workbench.hpp"
 #include "platform/termination_signals.hpp"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QIcon>
 #include <QMainWindow>
-#include <QTimer>
 
 #include <cstdio>
 #include <memory>
@@ -57,19 +56,41 @@ int main(int argc, char* argv[]) {
             "List plug-ins in DIR instead of the plugin folder beside the program."),
         QStringLiteral("DIR"));
     parser.addOption(folder_option);
+    const QCommandLineOption run_option(
+        QStringLiteral("run"),
+        QCoreApplication::translate("command_line",
+                                    "Select FILE (a name in the plug-in folder, or a path), type "
+                                    "WRITTEN_FORM and run it once the window is up."),
+        QStringLiteral("FILE"));
+    parser.addOption(run_option);
+    parser.addPositionalArgument(
+        QStringLiteral("WRITTEN_FORM"),
+        QCoreApplication::translate("command_line", "The written form for --run."));
     parser.process(*application);
     if (parser.isSet(version_option)) {
         std::puts(qiro_plugin::build_info::version_text("qiro-lumen-debugger").c_str());
         return 0;
     }
+
+    qiro_plugin::debugger::start_options options;
     if (parser.isSet(folder_option)) {
-        qiro_plugin::debugger::set_plugin_folder(
-            qiro_plugin::debugger::make_plugin_folder(parser.value(folder_option).toStdString()));
+        options.plugin_folder = parser.value(folder_option);
+    }
+    if (parser.isSet(run_option)) {
+        if (parser.positionalArguments().size() != 1) {
+            std::fputs("qiro-lumen-debugger: --run needs FILE and WRITTEN_FORM\n", stderr);
+            return 2;
+        }
+        options.run_file = parser.value(run_option);
+        options.run_written_form = parser.positionalArguments().front();
+    } else if (!parser.positionalArguments().isEmpty()) {
+        std::fputs("qiro-lumen-debugger: a written form is only taken with --run\n", stderr);
+        return 2;
     }
 
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/qiro-lumen-debugger.svg")));
     auto& controller = qiro_plugin::debugger::ui_controller::getInstance();
-    controller.window()->show();
-    QTimer::singleShot(0, &controller, &qiro_plugin::debugger::ui_controller::reload);
+    auto* bench = new qiro_plugin::debugger::workbench(controller);
+    bench->start(options);
     return QApplication::exec();
 }

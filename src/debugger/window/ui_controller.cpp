@@ -4,6 +4,7 @@
 #include "debugger/core/script_instance_factory.hpp"
 #include "debugger/window/alert_box.hpp"
 #include "debugger/window/sandbox_toggle.hpp"
+#include "debugger/window/output_pane.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/localized_string.hpp"
 #include "ui_main_window.h"
@@ -32,11 +33,13 @@ utf16_string to_utf16(const QString& a_text) {
 }
 
 // Appends at the very end as the user would type it; "\r\n" becomes exactly one paragraph
-// break, where appendPlainText would add a second one.
+// break, where appendPlainText would add a second one. The pane shows very large or very
+// long-lined output in slices, so the window stays live.
 void append_line(QPlainTextEdit* a_pane, const utf16_string& a_text) {
-    QTextCursor cursor(a_pane->document());
-    cursor.movePosition(QTextCursor::End);
-    cursor.insertText(to_qstring(a_text) + QStringLiteral("\r\n"));
+    // A straight copy of the code units: tens of megabytes cost a copy, and nothing, not even
+    // a leading byte-order mark, is dropped on the way.
+    static_cast<output_pane*>(a_pane)->append_line(QString(
+        reinterpret_cast<const QChar*>(a_text.data()), static_cast<qsizetype>(a_text.size())));
 }
 
 // Closing the only window ends the application; it is never refused.
@@ -83,6 +86,9 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
     m_std_error_output_text_view = p_impl->m_ui.m_std_error_output_text_view;
     m_loaded_plusins_popup_button = p_impl->m_ui.m_loaded_plusins_popup_button;
     m_run_debug_button = p_impl->m_ui.m_run_debug_button;
+    m_reading_text_field = p_impl->m_ui.m_reading_text_field;
+    // The request's reading holds at most 200 UTF-16 units, as QLineEdit counts them.
+    m_reading_text_field->setMaxLength(200);
 
     // While a plug-in runs the window keeps painting and the busy indicator keeps moving;
     // clicks and keys wait until the run has ended.
@@ -178,9 +184,11 @@ void ui_controller::run_debug() {
     if (!plugin) {
         return;
     }
-    const run_report report =
-        p_impl->m_runner.run_debug(to_utf16(m_hyoki_text_field->text()), *plugin);
+    // An empty reading leaves the request exactly as the plug-in manager fills it.
+    const run_report report = p_impl->m_runner.run_debug(
+        to_utf16(m_hyoki_text_field->text()), *plugin, to_utf16(m_reading_text_field->text()));
     show_run_summary(report, to_qstring(plugin->second));
+    emit run_finished(report, *plugin);
 }
 
 void ui_controller::show_run_summary(const run_report& a_report, const QString& a_file_name) {
@@ -188,9 +196,9 @@ void ui_controller::show_run_summary(const run_report& a_report, const QString& 
     switch (a_report.result) {
     case run_report::outcome::completed:
         if (a_report.document_parsed) {
-            summary = tr("%1 ran as %2: %3 candidates (syntax check %4 ms, run %5 ms).")
+            summary = tr("%1 ran as %2: %n candidate(s) (syntax check %3 ms, run %4 ms).", "",
+                         static_cast<int>(a_report.candidates.size()))
                           .arg(a_file_name, to_qstring(a_report.module_type.value_or(u"")))
-                          .arg(a_report.candidates.size())
                           .arg(a_report.syntax_check_ms, 0, 'f', 0)
                           .arg(a_report.run_ms, 0, 'f', 0);
         } else {
@@ -215,9 +223,11 @@ void ui_controller::show_run_summary(const run_report& a_report, const QString& 
                 tr("%1 was not run: %2").arg(a_file_name, QString::fromStdString(a_report.refusal));
             break;
         }
-        return; // the alert has said it
+        [[fallthrough]];
     case run_report::outcome::entry_not_enabled:
-        return; // the alert has said it
+        // The alert says why; a summary of an earlier run would only mislead.
+        m_self_window->statusBar()->clearMessage();
+        return;
     }
     if (a_report.sandbox != utility::sandbox_mode::off && !a_report.sandbox_unavailable) {
         summary += QLatin1Char(' ') + (a_report.sandbox == utility::sandbox_mode::nonet
@@ -241,22 +251,24 @@ void ui_controller::add_std_error_output_text(const utf16_string& a_text) {
 }
 
 void ui_controller::clear_std_output_text() {
-    m_std_output_text_view->setPlainText(QString());
+    static_cast<output_pane*>(m_std_output_text_view)->clear_text();
 }
 
 void ui_controller::clear_std_error_output_text() {
-    m_std_error_output_text_view->setPlainText(QString());
+    static_cast<output_pane*>(m_std_error_output_text_view)->clear_text();
 }
 
 void ui_controller::start_progress() {
     m_progress->setRange(0, 0);
     m_progress->setVisible(true);
+    emit busy_changed(true);
     // Paint the indicator now: the run blocks this thread until its commands end.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 void ui_controller::stop_progress() {
     m_progress->setVisible(false);
+    emit busy_changed(false);
 }
 
 void ui_controller::show_alert(const std::string& a_key) {

@@ -45,6 +45,13 @@ public slots:
     void clear_std_output_text() override;
     void clear_std_error_output_text() override;
 
+signals:
+    // The busy indicator started (a run began) or stopped.
+    void busy_changed(bool a_busy);
+    // A Run finished, refused or not, with everything it produced.
+    void run_finished(const qiro_plugin::debugger::run_report& a_report,
+                      const qiro_plugin::debugger::plugin_entry& a_plugin);
+
 protected:
     bool eventFilter(QObject* a_watched, QEvent* a_event) override;
 
@@ -71,6 +78,7 @@ private:
     QPlainTextEdit* m_std_error_output_text_view = nullptr;
     QComboBox* m_loaded_plusins_popup_button = nullptr;
     QPushButton* m_run_debug_button = nullptr;
+    QLineEdit* m_reading_text_field = nullptr;
 };
 
 } // namespace qiro_plugin::debugger

@@ -16,18 +16,17 @@ void install_window_translations(QCoreApplication& a_application, const QLocale&
     init_window_translation_resources();
     const bool japanese = a_locale.language() == QLocale::Japanese;
     install_localized_text_provider(japanese ? text_language::japanese : text_language::english);
-    // The window's texts are written in English; Japanese comes from a translator, one at most.
+    // The window's texts are written in English; a translator gives Japanese, or for English
+    // the plural forms ("1 candidate"). One is installed at most.
     static QTranslator* installed = nullptr;
     if (installed != nullptr) {
         QCoreApplication::removeTranslator(installed);
         delete installed;
         installed = nullptr;
     }
-    if (!japanese) {
-        return;
-    }
     auto* translator = new QTranslator(&a_application);
-    if (translator->load(QStringLiteral(":/i18n/qiro_lumen_debugger_ja.qm"))) {
+    if (translator->load(japanese ? QStringLiteral(":/i18n/qiro_lumen_debugger_ja.qm")
+                                  : QStringLiteral(":/i18n/qiro_lumen_debugger_en.qm"))) {
         QCoreApplication::installTranslator(translator);
         installed = translator;
     } else {

@@ -1,0 +1,31 @@
+#pragma once
+// The window's menu bar: File, Run, Help, with the shortcuts desktop users expect.
+
+#include <QObject>
+
+class QAction;
+class QMainWindow;
+
+namespace qiro_plugin::debugger {
+
+struct window_menus {
+    QAction* new_plugin = nullptr;
+    QAction* open_folder = nullptr;
+    QAction* save_output = nullptr;
+    QAction* save_error = nullptr;
+    QAction* reload = nullptr;
+    QAction* settings = nullptr;
+    QAction* quit = nullptr;
+    QAction* run = nullptr;
+    QAction* callback = nullptr;
+    QAction* preference = nullptr;
+    QAction* stop = nullptr;
+    QAction* run_on_save = nullptr;
+    QAction* readme = nullptr;
+    QAction* about = nullptr;
+};
+
+// Adds the menus to the window's menu bar; the caller connects the actions.
+window_menus make_window_menus(QMainWindow* a_window);
+
+} // namespace qiro_plugin::debugger
