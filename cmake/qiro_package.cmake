@@ -62,9 +62,10 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The bridges start these by name; without them a run reports that no interpreter accepted the
-# file, so the tool still installs and lists plug-ins.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "perl, ruby, python3, python-is-python3")
+# The bridges start the interpreters by name; without them a run reports that no interpreter
+# accepted the file, so the tool still installs and lists plug-ins. libsecret is loaded when the
+# proxy password is first read (shlibdeps cannot see it); without it the password reads as empty.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "perl, ruby, python3, python-is-python3, libsecret-1-0")
 # The proxy password lives in a Secret Service; without one it reads as empty.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gnome-keyring")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)

@@ -41,7 +41,5 @@ settings set enable_p|enable_proxy=
 list --plugin-folder plugins |
 CASES
 
-if command -v zsh >/dev/null; then
-    zsh -n "$completions/_qiro-lumen" || failures=$((failures + 1))
-fi
+! command -v zsh >/dev/null || zsh -n "$completions/_qiro-lumen" || failures=$((failures + 1))
 ((failures == 0))

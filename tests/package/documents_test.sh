@@ -28,22 +28,17 @@ while IFS= read -r line; do
 done < <("$programs/qiro-lumen" __complete)
 
 # Every member of the JSON outputs, nested ones too.
-members() { python3 -c 'import json, sys
-def walk(value):
-    if isinstance(value, dict):
-        for key, item in value.items():
-            print(key); walk(item)
-    elif isinstance(value, list):
-        for item in value: walk(item)
-walk(json.load(sys.stdin))'; }
 {
     "$programs/qiro-lumen" run --json sample_python.py 変換 || true
     "$programs/qiro-lumen" settings show --json
 } | python3 -c 'import json, sys
-text = sys.stdin.read(); decoder = json.JSONDecoder(); at = 0
-while at < len(text.rstrip()):
-    value, at = decoder.raw_decode(text, at); print(json.dumps(value)); at += 1' |
-    while read -r document; do members <<<"$document"; done | sort -u >"$scratch/members"
+text, at, keys = sys.stdin.read(), 0, set()
+def walk(value):
+    if isinstance(value, dict): keys.update(value); [walk(item) for item in value.values()]
+    elif isinstance(value, list): [walk(item) for item in value]
+while text[at:].strip():
+    value, at = json.JSONDecoder().raw_decode(text, at); walk(value); at += 1
+print("\n".join(sorted(keys)))' >"$scratch/members"
 (($(wc -l <"$scratch/members") > 10)) || { echo "FAIL: no JSON from qiro-lumen" >&2; exit 1; }
 while read -r member; do
     grep -qE "(^|[^a-z_])$member([^a-z_]|$)" <<<"$cli_man" || missing qiro-lumen.1 "the JSON member $member"
