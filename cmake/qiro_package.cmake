@@ -27,7 +27,9 @@ function(qiro_gzip a_source a_output)
 endfunction()
 
 foreach(program ${qiro_programs})
-    qiro_gzip(${qiro_packaging}/man/${program}.1 ${qiro_staged}/${program}.1.gz)
+    # The page's footer names the version.
+    configure_file(${qiro_packaging}/man/${program}.1 ${qiro_staged}/${program}.1 @ONLY)
+    qiro_gzip(${qiro_staged}/${program}.1 ${qiro_staged}/${program}.1.gz)
     install(FILES ${qiro_staged}/${program}.1.gz DESTINATION share/man/man1)
 endforeach()
 qiro_gzip(${qiro_packaging}/debian/changelog ${qiro_staged}/changelog.gz)

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # The man pages name every command, option and JSON member the programs have, render without
 # warnings, and the desktop entry and AppStream metadata pass the validators.
-# Usage: documents_test.sh SOURCE_DIR PROGRAM_DIR
+# Usage: documents_test.sh SOURCE_DIR PROGRAM_DIR VERSION
 set -euo pipefail
-source_dir=$1 programs=$2
+source_dir=$1 programs=$2 version=$3
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 export HOME=$scratch/home QIRO_MACHINE_PREFERENCES_DIR=$scratch/machine LC_ALL=C.UTF-8
@@ -54,6 +54,10 @@ for page in "$source_dir"/packaging/man/*.1; do
     warnings=$(groff -man -ww -z -Tutf8 "$page" 2>&1)
     [[ -z $warnings ]] || { echo "FAIL: $page: $warnings" >&2; failures=$((failures + 1)); }
 done
+# A new version brings its entries in the Debian changelog and the AppStream releases.
+grep -q "^qiro-lumen-debugger ($version)" "$source_dir/packaging/debian/changelog" &&
+    grep -q "<release version=\"$version\"" "$source_dir"/packaging/*.metainfo.xml ||
+    { echo "FAIL: no release entry for $version" >&2; failures=$((failures + 1)); }
 desktop-file-validate "$source_dir/src/debugger/resources/qiro-lumen-debugger.desktop" || failures=$((failures + 1))
 appstreamcli validate --no-net --pedantic "$source_dir"/packaging/*.metainfo.xml || failures=$((failures + 1))
 ((failures == 0))
