@@ -27,7 +27,9 @@ function(qiro_gzip a_source a_output)
 endfunction()
 
 foreach(program ${qiro_programs})
-    qiro_gzip(${qiro_packaging}/man/${program}.1 ${qiro_staged}/${program}.1.gz)
+    # The page's footer names the version.
+    configure_file(${qiro_packaging}/man/${program}.1 ${qiro_staged}/${program}.1 @ONLY)
+    qiro_gzip(${qiro_staged}/${program}.1 ${qiro_staged}/${program}.1.gz)
     install(FILES ${qiro_staged}/${program}.1.gz DESTINATION share/man/man1)
 endforeach()
 qiro_gzip(${qiro_packaging}/debian/changelog ${qiro_staged}/changelog.gz)
@@ -62,9 +64,10 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The bridges start these by name; without them a run reports that no interpreter accepted the
-# file, so the tool still installs and lists plug-ins.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "perl, ruby, python3, python-is-python3")
+# The bridges start the interpreters by name; without them a run reports that no interpreter
+# accepted the file, so the tool still installs and lists plug-ins. libsecret is loaded when the
+# proxy password is first read (shlibdeps cannot see it); without it the password reads as empty.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "perl, ruby, python3, python-is-python3, libsecret-1-0")
 # The proxy password lives in a Secret Service; without one it reads as empty.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gnome-keyring")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)

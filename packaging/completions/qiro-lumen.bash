@@ -18,6 +18,8 @@ _qiro_lumen() {
             mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -f -- "$cur")
             ;;
         *=) COMPREPLY+=("$line") && compopt -o nospace ;;
+        # A plug-in name that the shell would split or expand goes in quoted.
+        *[[:space:]\'\"\$\&\;\(\)\|\<\>\`\\]*) COMPREPLY+=("$(printf '%q' "$line")") ;;
         *) COMPREPLY+=("$line") ;;
         esac
     done

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -42,13 +43,19 @@ const CLI::Option* find_option(const CLI::App& a_command, std::string_view a_wor
     return nullptr;
 }
 
-bool names_folder(const CLI::Option& a_option) {
-    for (const auto& name : a_option.get_lnames()) {
-        if (name.ends_with("-folder") || name.ends_with("-dir")) {
-            return true;
-        }
+// Whether a value is a folder or a file, from the names the option is known by and the kind of
+// value its help shows ("DIR", "FILE", or a check's "PATH(existing)"); nothing when neither.
+const char* path_kind(const CLI::Option& a_option) {
+    std::string names = a_option.get_name(false, true) + " " + a_option.get_type_name();
+    std::transform(names.begin(), names.end(), names.begin(),
+                   [](unsigned char a_char) { return static_cast<char>(std::tolower(a_char)); });
+    if (names.find("folder") != std::string::npos || names.find("dir") != std::string::npos) {
+        return complete_folders;
     }
-    return false;
+    if (names.find("file") != std::string::npos || names.find("path") != std::string::npos) {
+        return complete_files;
+    }
+    return nullptr;
 }
 
 std::vector<const CLI::App*> visible_subcommands(const CLI::App& a_command) {
@@ -182,7 +189,9 @@ std::vector<std::string> completions(const CLI::App& a_app,
                 value = a_words[++i];
             } else {
                 // The word being completed is this option's value.
-                return {names_folder(*option) ? complete_folders : complete_files};
+                const char* kind = path_kind(*option);
+                return kind == nullptr ? std::vector<std::string>{}
+                                       : std::vector<std::string>{kind};
             }
             if (is_named(*option, "--plugin-folder")) {
                 folder_option = value;
@@ -222,6 +231,10 @@ std::vector<std::string> completions(const CLI::App& a_app,
     if (const auto* positional = positional_at(*command, filled)) {
         if (positional->get_name() == "PLUGIN" && current.find('/') != std::string::npos) {
             return {complete_files};
+        }
+        if (const char* kind = path_kind(*positional);
+            kind != nullptr && positional->get_name() != "PLUGIN") {
+            return {kind};
         }
         for (const auto& value : values_of(*positional, folder_option)) {
             offer(value);

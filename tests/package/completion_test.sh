@@ -7,7 +7,7 @@ program=$1 completions=$2
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 mkdir -p "$scratch/plugins/sub" "$scratch/home"
-touch "$scratch/plugins/"{b.rb,A.py,s1.pl,notes.txt}
+touch "$scratch/plugins/"{b.rb,A.py,s1.pl,notes.txt,"my (1).py"}
 export HOME=$scratch/home
 cd "$scratch" || exit 1
 compopt() { :; } # only usable while bash itself completes
@@ -21,7 +21,7 @@ while IFS='|' read -r typed expected; do
     COMP_WORDS=("$program" "${COMP_WORDS[@]}")
     COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
     _qiro_lumen
-    offered=$(printf '%s\n' "${COMPREPLY[@]}" | LC_ALL=C sort | xargs)
+    offered=$(printf '%s\n' "${COMPREPLY[@]}" | LC_ALL=C sort | paste -sd' ')
     if [[ $offered != "$expected" ]]; then
         echo "FAIL: qiro-lumen $typed<TAB> offered \"$offered\", expected \"$expected\"" >&2
         failures=$((failures + 1))
@@ -30,7 +30,7 @@ done <<'CASES'
 r|run
 se|settings
 run --j|--json
-run --plugin-folder plugins |A.py b.rb s1.pl
+run --plugin-folder plugins |A.py b.rb my\ \(1\).py s1.pl
 callback --plugin-folder=plugins s|s1.pl
 run --plugin-folder pl|plugins
 run --plugin-folder plugins A.py |
@@ -41,7 +41,5 @@ settings set enable_p|enable_proxy=
 list --plugin-folder plugins |
 CASES
 
-if command -v zsh >/dev/null; then
-    zsh -n "$completions/_qiro-lumen" || failures=$((failures + 1))
-fi
+! command -v zsh >/dev/null || zsh -n "$completions/_qiro-lumen" || failures=$((failures + 1))
 ((failures == 0))

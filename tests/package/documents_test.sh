@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # The man pages name every command, option and JSON member the programs have, render without
 # warnings, and the desktop entry and AppStream metadata pass the validators.
-# Usage: documents_test.sh SOURCE_DIR PROGRAM_DIR
+# Usage: documents_test.sh SOURCE_DIR PROGRAM_DIR VERSION
 set -euo pipefail
-source_dir=$1 programs=$2
+source_dir=$1 programs=$2 version=$3
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 export HOME=$scratch/home QIRO_MACHINE_PREFERENCES_DIR=$scratch/machine LC_ALL=C.UTF-8
@@ -28,22 +28,17 @@ while IFS= read -r line; do
 done < <("$programs/qiro-lumen" __complete)
 
 # Every member of the JSON outputs, nested ones too.
-members() { python3 -c 'import json, sys
-def walk(value):
-    if isinstance(value, dict):
-        for key, item in value.items():
-            print(key); walk(item)
-    elif isinstance(value, list):
-        for item in value: walk(item)
-walk(json.load(sys.stdin))'; }
 {
     "$programs/qiro-lumen" run --json sample_python.py 変換 || true
     "$programs/qiro-lumen" settings show --json
 } | python3 -c 'import json, sys
-text = sys.stdin.read(); decoder = json.JSONDecoder(); at = 0
-while at < len(text.rstrip()):
-    value, at = decoder.raw_decode(text, at); print(json.dumps(value)); at += 1' |
-    while read -r document; do members <<<"$document"; done | sort -u >"$scratch/members"
+text, at, keys = sys.stdin.read(), 0, set()
+def walk(value):
+    if isinstance(value, dict): keys.update(value); [walk(item) for item in value.values()]
+    elif isinstance(value, list): [walk(item) for item in value]
+while text[at:].strip():
+    value, at = json.JSONDecoder().raw_decode(text, at); walk(value); at += 1
+print("\n".join(sorted(keys)))' >"$scratch/members"
 (($(wc -l <"$scratch/members") > 10)) || { echo "FAIL: no JSON from qiro-lumen" >&2; exit 1; }
 while read -r member; do
     grep -qE "(^|[^a-z_])$member([^a-z_]|$)" <<<"$cli_man" || missing qiro-lumen.1 "the JSON member $member"
@@ -59,6 +54,10 @@ for page in "$source_dir"/packaging/man/*.1; do
     warnings=$(groff -man -ww -z -Tutf8 "$page" 2>&1)
     [[ -z $warnings ]] || { echo "FAIL: $page: $warnings" >&2; failures=$((failures + 1)); }
 done
+# A new version brings its entries in the Debian changelog and the AppStream releases.
+grep -q "^qiro-lumen-debugger ($version)" "$source_dir/packaging/debian/changelog" &&
+    grep -q "<release version=\"$version\"" "$source_dir"/packaging/*.metainfo.xml ||
+    { echo "FAIL: no release entry for $version" >&2; failures=$((failures + 1)); }
 desktop-file-validate "$source_dir/src/debugger/resources/qiro-lumen-debugger.desktop" || failures=$((failures + 1))
 appstreamcli validate --no-net --pedantic "$source_dir"/packaging/*.metainfo.xml || failures=$((failures + 1))
 ((failures == 0))

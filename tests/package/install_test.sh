@@ -24,27 +24,24 @@ depends=$(dpkg-deb -f "$deb" Depends)
 root=$scratch/root
 dpkg -x "$deb" "$root"
 [[ ! -e $root/usr/bin/plugin ]] || fail "plugin folder in /usr/bin"
-for file in share/man/man1/qiro-lumen.1.gz share/bash-completion/completions/qiro-lumen \
-    share/zsh/vendor-completions/_qiro-lumen share/doc/qiro-lumen-debugger/copyright; do
-    [[ -s $root/usr/$file ]] || fail "missing /usr/$file"
-done
+files=(man/man1/qiro-lumen.1.gz bash-completion/completions/qiro-lumen zsh/vendor-completions/_qiro-lumen
+    doc/qiro-lumen-debugger/copyright)
+[[ $with_window != ON ]] || files+=(applications/qiro-lumen-debugger.desktop man/man1/qiro-lumen-debugger.1.gz
+    metainfo/org.qiro.lumen.debugger.metainfo.xml icons/hicolor/scalable/apps/qiro-lumen-debugger.svg)
+for file in "${files[@]}"; do [[ -s $root/usr/share/$file ]] || fail "missing /usr/share/$file"; done
 
 cli=$root/usr/bin/qiro-lumen
 [[ -L $cli ]] || fail "/usr/bin/qiro-lumen is not a link"
 [[ $("$cli" --version) == "qiro-lumen $version"* ]] || fail "--version: $("$cli" --version)"
 mapfile -t samples < <(cd "$root/usr/lib/qiro-lumen/plugin" && ls -- *.pl *.py *.rb | sort -f)
-((${#samples[@]} >= 3)) || fail "samples installed: ${samples[*]}"
-[[ $("$cli" list) == "$(printf '%s\n' "${samples[@]}")" ]] || fail "list: $("$cli" list)"
+((${#samples[@]} >= 3)) && [[ $("$cli" list) == "$(printf '%s\n' "${samples[@]}")" ]] ||
+    fail "installed ${samples[*]}, list printed $("$cli" list)"
 for sample in "${samples[@]}"; do
     "$cli" run --json "$sample" 変換 >"$scratch/run.json" || fail "run $sample exited $?"
     grep -q '"document_parsed": true' "$scratch/run.json" || fail "run $sample: $(cat "$scratch/run.json")"
 done
 
 if [[ $with_window == ON ]]; then
-    for file in share/applications/qiro-lumen-debugger.desktop share/metainfo/org.qiro.lumen.debugger.metainfo.xml \
-        share/icons/hicolor/scalable/apps/qiro-lumen-debugger.svg share/man/man1/qiro-lumen-debugger.1.gz; do
-        [[ -s $root/usr/$file ]] || fail "missing /usr/$file"
-    done
     window=$root/usr/bin/qiro-lumen-debugger
     [[ $(DISPLAY= "$window" --version) == "qiro-lumen-debugger $version"* ]] || fail "window --version"
     LANG=ja_JP.UTF-8 "$window" --help | grep -q 'プラグインマネージャと同じように' ||
