@@ -1,6 +1,7 @@
 #include "cli/run_commands.hpp"
 
 #include "cli/cli_support.hpp"
+#include "cli/diagnosis_output.hpp"
 #include "cli/report_output.hpp"
 #include "debugger/core/debug_runner.hpp"
 #include "debugger/core/localized_texts.hpp"
@@ -20,6 +21,14 @@ void print_run_error(const std::string& a_error) {
 }
 
 using debugger::run_report;
+
+debugger::probe_policy policy_of(const run_options& a_options) {
+    if (a_options.probe) {
+        return debugger::probe_policy::always;
+    }
+    return a_options.no_probe ? debugger::probe_policy::never
+                              : debugger::probe_policy::after_failure;
+}
 
 std::optional<utf16_string> argument_text(const std::string& a_text, const char* a_name) {
     auto text = from_utf8(a_text);
@@ -72,6 +81,7 @@ int command_run(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
+    runner.set_probe_policy(policy_of(a_options));
     const run_report report = runner.run_debug(*written_form, *plugin, *reading);
     if (report.result == run_report::outcome::refused) {
         return exit_bad_usage;
@@ -85,6 +95,8 @@ int command_run(const run_options& a_options) {
         if (report.result == run_report::outcome::completed) {
             print_candidates(std::cout, report);
         }
+        std::cout.flush();
+        print_findings(std::cerr, report.findings);
     }
     switch (report.result) {
     case run_report::outcome::not_run:
@@ -113,6 +125,7 @@ int command_callback(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
+    runner.set_probe_policy(policy_of(a_options));
     const run_report report = runner.run_callback(*candidate, *written_form, *plugin);
     if (report.result != run_report::outcome::refused) {
         if (a_options.json) {
@@ -120,6 +133,7 @@ int command_callback(const run_options& a_options) {
             print_json(std::cout, report_json(context, report, panes));
         } else {
             print_panes(panes);
+            print_findings(std::cerr, report.findings);
         }
     }
     return entry_status(report, *plugin, "callback", "callback");
@@ -133,12 +147,14 @@ int command_preference(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
+    runner.set_probe_policy(policy_of(a_options));
     const run_report report = runner.run_preference(*plugin);
     if (a_options.json) {
         report_context context{*plugin, nullptr, nullptr, false};
         print_json(std::cout, report_json(context, report, panes));
     } else {
         print_panes(panes);
+        print_findings(std::cerr, report.findings);
     }
     return entry_status(report, *plugin, "preference entry", "preference");
 }

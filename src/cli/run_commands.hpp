@@ -12,6 +12,9 @@ struct run_options {
     std::string reading;
     std::string candidate;
     bool json = false;
+    // --probe and --no-probe: probe every run, or none (by default only failed or empty ones).
+    bool probe = false;
+    bool no_probe = false;
 };
 
 int command_run(const run_options& a_options);

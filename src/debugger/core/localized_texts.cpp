@@ -4,6 +4,7 @@
 #include "text/string_encode.hpp"
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 
 namespace qiro_plugin::debugger {
@@ -37,6 +38,8 @@ constexpr std::array<localized_text_entry, 9> table{{
      "A text holds a broken UTF-16 sequence (a lone surrogate) and cannot be passed on.",
      "UTF-16 として壊れた文字（対になっていないサロゲート）を含むテキストは渡せません。"},
 }};
+
+std::atomic<text_language> installed_language{text_language::english};
 
 } // namespace
 
@@ -82,8 +85,17 @@ text_language language_from_environment() {
 }
 
 void install_localized_text_provider(text_language a_language) {
+    installed_language = a_language;
     utility::set_localized_string_provider(
         [a_language](const std::string& a_key) { return localized_text(a_key, a_language); });
+}
+
+} // namespace qiro_plugin::debugger
+
+namespace qiro_plugin::debugger {
+
+text_language installed_text_language() {
+    return installed_language;
 }
 
 } // namespace qiro_plugin::debugger
