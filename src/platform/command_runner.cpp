@@ -119,10 +119,10 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
                 a_report->std_error_cut = std_error.cut();
                 a_report->std_output_cut = std_output.cut();
             }
-            child->terminate(std_output, std_error);
             if (a_report != nullptr) {
                 a_report->elapsed_ms = elapsed_ms();
             }
+            child->terminate(std_output, std_error);
             return 2;
         }
         counter += pass_step;
