@@ -434,7 +434,10 @@ struct analysis {
 
     void run() {
         if (!m_evidence.instance_made) {
-            no_instance();
+            // An exception before any language answered is the run's own error, not the file's.
+            if (m_evidence.error.empty()) {
+                no_instance();
+            }
             companion();
             return;
         }

@@ -192,6 +192,7 @@ TEST_F(diagnosis_run, a_good_run_spawns_only_the_two_faithful_commands) {
 }
 
 TEST_F(diagnosis_run, a_hang_is_reported_with_its_partial_standard_error) {
+    const auto before = utility::started_command_count();
     std::vector<std::future<run_report>> runs;
     for (const char* file : {"timed_out.py", "timed_out.rb", "timed_out.pl"}) {
         runs.push_back(
@@ -205,6 +206,7 @@ TEST_F(diagnosis_run, a_hang_is_reported_with_its_partial_standard_error) {
         ASSERT_TRUE(report.timed_out_after_s);
         EXPECT_GE(*report.timed_out_after_s, 30.0);
     }
+    EXPECT_EQ(utility::started_command_count() - before, 6U) << "no probe of a hang";
 }
 
 } // namespace

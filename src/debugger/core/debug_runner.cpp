@@ -190,7 +190,9 @@ struct debug_runner::impl {
                             (run.ran && run.exit_status.value_or(0) != 0) ||
                             (a_evidence.entry == entry_kind::processing && run.ran &&
                              (!a_report.document_parsed || a_report.candidates.empty()));
+        // A probe of a hang would only hang as long again.
         const bool probe = a_evidence.instance_made && a_evidence.entry_enabled && run.ran &&
+                           !run.timed_out &&
                            (m_probe_policy == probe_policy::always ||
                             (m_probe_policy == probe_policy::after_failure && failed));
         try {

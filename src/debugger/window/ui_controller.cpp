@@ -3,6 +3,8 @@
 #include "debugger/core/localized_texts.hpp"
 #include "debugger/core/script_instance_factory.hpp"
 #include "debugger/window/alert_box.hpp"
+#include "debugger/window/diagnosis_list.hpp"
+#include "diagnosis/analyze.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/localized_string.hpp"
 #include "ui_main_window.h"
@@ -87,6 +89,12 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
     utility::set_run_command_wait_hook(
         [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
 
+    // The findings of each run, under the panes.
+    m_diagnosis_list = new diagnosis_list(m_self_window);
+    p_impl->m_ui.main_layout->insertWidget(6, m_diagnosis_list, 1);
+    connect(m_diagnosis_list, &diagnosis_list::probe_policy_changed, this,
+            [this](probe_policy a_policy) { p_impl->m_runner.set_probe_policy(a_policy); });
+
     m_self_window->installEventFilter(this);
     connect(m_run_debug_button, &QPushButton::clicked, this, &ui_controller::run_debug);
     connect(m_hyoki_text_field, &QLineEdit::returnPressed, this, &ui_controller::run_debug);
@@ -165,6 +173,7 @@ void ui_controller::run_debug() {
     }
     const run_report report =
         p_impl->m_runner.run_debug(to_utf16(m_hyoki_text_field->text()), *plugin);
+    m_diagnosis_list->show_findings(report.findings);
     show_run_summary(report, to_qstring(plugin->second));
 }
 
@@ -197,6 +206,9 @@ void ui_controller::show_run_summary(const run_report& a_report, const QString& 
     case run_report::outcome::refused:
     case run_report::outcome::entry_not_enabled:
         return; // the alert has said it
+    }
+    if (const auto finding = diagnosis::summarize(a_report.findings); !finding.empty()) {
+        summary += QLatin1Char(' ') + QString::fromStdString(finding);
     }
     m_self_window->statusBar()->showMessage(summary);
 }
