@@ -8,3 +8,8 @@ mkdir -p "$root/docs"
 QIRO_SCREENSHOT="$root/docs/screenshot.png" QT_QPA_PLATFORM=xcb LANG=C.UTF-8 \
     xvfb-run -a -s "-screen 0 1280x1024x24" "$root/build/bin/debugger_window_tests"
 echo "screenshot: $root/docs/screenshot.png"
+# docs/diagnosis.png: the window after a run that raised, with its diagnosis under the panes.
+QIRO_DIAGNOSIS_SCREENSHOT="$root/docs/diagnosis.png" QT_QPA_PLATFORM=xcb LANG=C.UTF-8 \
+    xvfb-run -a -s "-screen 0 1280x1024x24" "$root/build/bin/diagnosis_list_tests" \
+    a_failed_run_in_the_window_lists_its_findings_under_the_panes
+echo "screenshot: $root/docs/diagnosis.png"

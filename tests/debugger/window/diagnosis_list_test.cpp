@@ -1,9 +1,14 @@
+#include "debugger/core/plugin_discovery.hpp"
 #include "debugger/window/diagnosis_list.hpp"
+#include "debugger/window/ui_controller.hpp"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QFile>
+#include <QLineEdit>
+#include <QMainWindow>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTreeWidget>
 #include <QtTest>
@@ -58,6 +63,37 @@ private slots:
         list.findChild<QComboBox*>(QStringLiteral("probe_policy"))->setCurrentIndex(2);
         QCOMPARE(changes.count(), 1);
         QCOMPARE(list.policy(), probe_policy::never);
+    }
+
+    void a_failed_run_in_the_window_lists_its_findings_under_the_panes() {
+        QTemporaryDir home;
+        qputenv("HOME", home.path().toUtf8());
+        set_plugin_folder(make_plugin_folder(QIRO_TEST_DATA_DIR "/diagnosis"));
+        auto& controller = ui_controller::getInstance();
+        controller.window()->resize(900, 760);
+        controller.window()->show();
+        controller.reload();
+        auto* menu = controller.window()->findChild<QComboBox*>(
+            QStringLiteral("m_loaded_plusins_popup_button"));
+        const int index = menu->findText(QStringLiteral("plugin_exception.py"));
+        QVERIFY(index >= 0);
+        menu->setCurrentIndex(index);
+        emit menu->activated(index);
+        controller.window()
+            ->findChild<QLineEdit*>(QStringLiteral("m_hyoki_text_field"))
+            ->setText(QStringLiteral("変換"));
+        controller.run_debug();
+
+        QTreeWidget* tree = controller.diagnosis_view()->tree();
+        QCOMPARE(tree->topLevelItemCount(), 1);
+        QVERIFY(tree->topLevelItem(0)->text(0).contains(QStringLiteral("ZeroDivisionError")));
+        QCOMPARE(tree->topLevelItem(0)->text(1), QStringLiteral("plugin_exception.py:2"));
+        QVERIFY(tree->topLevelItem(0)->toolTip(0).contains(QStringLiteral("[bridge]")));
+        QVERIFY(controller.window()->statusBar()->currentMessage().contains(
+            QStringLiteral("ZeroDivisionError")));
+        if (const QByteArray path = qgetenv("QIRO_DIAGNOSIS_SCREENSHOT"); !path.isEmpty()) {
+            QVERIFY(controller.window()->grab().save(QString::fromLocal8Bit(path)));
+        }
     }
 };
 
