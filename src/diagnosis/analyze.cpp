@@ -402,7 +402,9 @@ struct analysis {
             detail = std::to_string(fault->parse->line) + ":" +
                      std::to_string(fault->parse->column) + ": " + fault->parse->message;
         }
-        auto& item = add(codes::companion_xml_invalid, severity::warning,
+        // When it is why the entry was refused, it is the run's error.
+        auto& item = add(codes::companion_xml_invalid,
+                         m_evidence.entry_enabled ? severity::warning : severity::error,
                          say("companion_xml_invalid", {fault->path, detail}),
                          say("companion_xml_invalid.hint"));
         item.file = fault->path;

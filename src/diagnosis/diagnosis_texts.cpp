@@ -66,8 +66,8 @@ constexpr std::array<entry, 50> table{{
      "(exit) or writes to standard output directly cuts it short.",
      "文書はエントリが戻ったあとにブリッジが書きます。インタプリタを終了させる（exit）"
      "エントリや、標準出力へ直接書くエントリは文書を途切れさせます。"},
-    {"not_utf8", "{0} is not valid UTF-8 at byte {1}: {2}",
-     "{0} の {1} バイト目が UTF-8 として正しくありません: {2}"},
+    {"not_utf8", "The bytes on {0} are not valid UTF-8 from offset {1}: {2}",
+     "{0} のバイト列が位置 {1} から UTF-8 として正しくありません: {2}"},
     {"not_utf8.hint",
      "Print UTF-8 only: text in Shift_JIS or EUC-JP must be converted before it is printed or "
      "returned.",
