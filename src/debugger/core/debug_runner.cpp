@@ -133,9 +133,14 @@ struct debug_runner::impl {
             a_entry(*instance, message, *quit_flag, probe_values);
             report.run_ms = milliseconds_since(run_started);
             if (instance->is_enable_preference()) {
-                // The probe gets the settings folder the bridge got.
-                probe_values.push_back(to_utf8_or_empty(utility::get_convert_path(
-                    utility::create_plugin_preference_path(instance->run_get_name()))));
+                // The probe gets the settings folder the bridge got; finding it again must never
+                // fail the run.
+                try {
+                    probe_values.push_back(to_utf8_or_empty(utility::get_convert_path(
+                        utility::create_plugin_preference_path(instance->run_get_name()))));
+                } catch (const std::exception&) {
+                    probe_values.emplace_back();
+                }
             }
 
             if (const auto* script =
