@@ -67,4 +67,35 @@
         <translation>%1 の実行がエラーで終わりました: %2</translation>
     </message>
 </context>
+<context>
+    <name>qiro_plugin::debugger::diagnosis_list</name>
+    <message>
+        <source>Diagnosis</source>
+        <translation>診断</translation>
+    </message>
+    <message>
+        <source>Place</source>
+        <translation>場所</translation>
+    </message>
+    <message>
+        <source>after a failed or empty run</source>
+        <translation>失敗したか候補がなかった実行のあと</translation>
+    </message>
+    <message>
+        <source>after every run</source>
+        <translation>毎回の実行のあと</translation>
+    </message>
+    <message>
+        <source>never</source>
+        <translation>しない</translation>
+    </message>
+    <message>
+        <source>A probe runs the plug-in a second time to see what its entry returned and which candidates the bridge drops.</source>
+        <translation>プローブはプラグインをもう一度実行し、エントリが返した値と、ブリッジが捨てる候補を調べます。</translation>
+    </message>
+    <message>
+        <source>Probe the plug-in:</source>
+        <translation>プラグインのプローブ:</translation>
+    </message>
+</context>
 </TS>
