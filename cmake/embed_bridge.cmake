@@ -2,12 +2,16 @@
 # in which the runtime carries it: every byte becomes "%XX" (upper-case hex)
 # except ".", "_" and "-", which stay, and the blank, which becomes "+".
 #
-# As a module: qiro_embed_bridge(<target> <name> <script>) adds a build step that
+# As a module: qiro_embed_bridge(<target> <name> <script> [<header>]) adds a build step that
 # regenerates <name>.cpp, defining stored::<name> and stored::<name>_size, whenever
-# the script changes.
-# As a script: cmake -DINPUT=<script> -DOUTPUT=<cpp> -DNAME=<name> -P embed_bridge.cmake
+# the script changes; <header> (bridges/stored_scripts.hpp unless given) declares them.
+# As a script: cmake -DINPUT=<script> -DOUTPUT=<cpp> -DNAME=<name> [-DHEADER=<header>]
+#              -P embed_bridge.cmake
 
 if(CMAKE_SCRIPT_MODE_FILE)
+    if(NOT HEADER)
+        set(HEADER "bridges/stored_scripts.hpp")
+    endif()
     file(READ "${INPUT}" hex HEX)
     string(TOUPPER "${hex}" hex)
     # Every byte is two hex digits, so each match starts on a byte boundary.
@@ -22,7 +26,7 @@ if(CMAKE_SCRIPT_MODE_FILE)
     get_filename_component(script_name "${INPUT}" NAME)
     file(WRITE "${OUTPUT}.tmp"
         "// Generated from ${script_name} by cmake/embed_bridge.cmake; do not edit.\n"
-        "#include \"bridges/stored_scripts.hpp\"\n\n"
+        "#include \"${HEADER}\"\n\n"
         "namespace qiro_plugin::bridge::stored {\n\n"
         "const char ${NAME}[] =\n"
         "    \"${encoded}\";\n"
@@ -35,11 +39,15 @@ endif()
 set(QIRO_EMBED_BRIDGE_SCRIPT ${CMAKE_CURRENT_LIST_FILE})
 
 function(qiro_embed_bridge a_target a_name a_script)
+    set(header "bridges/stored_scripts.hpp")
+    if(ARGC GREATER 3)
+        set(header ${ARGV3})
+    endif()
     set(output ${CMAKE_CURRENT_BINARY_DIR}/${a_name}.cpp)
     add_custom_command(
         OUTPUT ${output}
         COMMAND ${CMAKE_COMMAND} -DINPUT=${a_script} -DOUTPUT=${output} -DNAME=${a_name}
-                -P ${QIRO_EMBED_BRIDGE_SCRIPT}
+                -DHEADER=${header} -P ${QIRO_EMBED_BRIDGE_SCRIPT}
         DEPENDS ${a_script} ${QIRO_EMBED_BRIDGE_SCRIPT}
         COMMENT "Embedding ${a_script}"
         VERBATIM)

@@ -13,3 +13,8 @@ QIRO_SCREENSHOT_DIR="$root/docs" QT_QPA_PLATFORM=xcb LANG=C.UTF-8 \
     preview_shows_candidates_comments_and_the_candidate_list \
     settings_dialog_writes_the_manager_settings_without_a_keyring
 echo "screenshots: $root/docs/screenshot.png, preview.png, settings-dialog.png"
+# docs/diagnosis.png: the window after a run that raised, with its diagnosis under the panes.
+QIRO_DIAGNOSIS_SCREENSHOT="$root/docs/diagnosis.png" QT_QPA_PLATFORM=xcb LANG=C.UTF-8 \
+    xvfb-run -a -s "-screen 0 1280x1024x24" "$root/build/bin/diagnosis_list_tests" \
+    a_failed_run_in_the_window_lists_its_findings_under_the_panes
+echo "screenshot: $root/docs/diagnosis.png"

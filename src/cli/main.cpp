@@ -42,6 +42,14 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
 
     run_options options;
+    const auto add_probe_flags = [](CLI::App& a_command, run_options& a_options) {
+        auto* probe = a_command.add_flag(
+            "--probe", a_options.probe,
+            "probe every run: run the plug-in a second time to see what its entry returned "
+            "(by default only a run that failed or returned no candidate is probed)");
+        a_command.add_flag("--no-probe", a_options.no_probe, "never probe: run the plug-in once")
+            ->excludes(probe);
+    };
 
     auto* run = app.add_subcommand(
         "run", "Run a plug-in for a written form as the debugger's Run button does.\n"
@@ -50,6 +58,7 @@ int main(int argc, char** argv) {
     run->add_option("--plugin-folder", options.plugin_folder, folder_help);
     add_sandbox_option(*run, options.sandbox);
     run->add_flag("--json", options.json, "print one JSON object instead of the panes");
+    add_probe_flags(*run, options);
     run->add_option("--reading", options.reading, "the reading handed to the plug-in");
     bool watch = false;
     run->add_flag("--watch", watch,
@@ -66,6 +75,7 @@ int main(int argc, char** argv) {
     callback->add_option("--plugin-folder", options.plugin_folder, folder_help);
     add_sandbox_option(*callback, options.sandbox);
     callback->add_flag("--json", options.json, "print one JSON object instead of the panes");
+    add_probe_flags(*callback, options);
     callback->add_option("PLUGIN", options.plugin, plugin_help)->required();
     callback->add_option("CANDIDATE", options.candidate, "the committed candidate")->required();
     callback
@@ -80,6 +90,7 @@ int main(int argc, char** argv) {
     preference->add_option("--plugin-folder", options.plugin_folder, folder_help);
     add_sandbox_option(*preference, options.sandbox);
     preference->add_flag("--json", options.json, "print one JSON object instead of the panes");
+    add_probe_flags(*preference, options);
     preference->add_option("PLUGIN", options.plugin, plugin_help)->required();
 
     auto* list = app.add_subcommand("list", "List the plug-in menu: one file name a line.");

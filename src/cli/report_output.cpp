@@ -1,6 +1,7 @@
 #include "cli/report_output.hpp"
 
 #include "cli/cli_support.hpp"
+#include "cli/diagnosis_output.hpp"
 
 #include <cstddef>
 #include <iostream>
@@ -63,7 +64,8 @@ nlohmann::ordered_json report_json(const report_context& a_context, debugger::ru
     json["timings_ms"] = {{"syntax_check", a_report.syntax_check_ms},
                           {"run", a_report.run_ms},
                           {"total", a_report.total_ms}};
-    json["error"] = a_report.error;
+    json["error"] = run_error_text(a_report);
+    json["diagnosis"] = diagnosis_json(a_report.findings);
     json["sandbox"] = utility::sandbox_mode_name(a_report.sandbox);
     return json;
 }

@@ -1,6 +1,7 @@
 #include "cli/run_commands.hpp"
 
 #include "cli/cli_support.hpp"
+#include "cli/diagnosis_output.hpp"
 #include "cli/report_output.hpp"
 #include "cli/sandbox_option.hpp"
 #include "debugger/core/debug_runner.hpp"
@@ -21,6 +22,14 @@ void print_run_error(const std::string& a_error) {
 }
 
 using debugger::run_report;
+
+debugger::probe_policy policy_of(const run_options& a_options) {
+    if (a_options.probe) {
+        return debugger::probe_policy::always;
+    }
+    return a_options.no_probe ? debugger::probe_policy::never
+                              : debugger::probe_policy::after_failure;
+}
 
 std::optional<utf16_string> argument_text(const std::string& a_text, const char* a_name) {
     auto text = from_utf8(a_text);
@@ -73,6 +82,7 @@ int command_run(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
+    runner.set_probe_policy(policy_of(a_options));
     runner.set_sandbox(sandbox_mode_of(a_options.sandbox));
     run_report report = runner.run_debug(*written_form, *plugin, *reading);
     if (report_sandbox_refusal(report)) {
@@ -91,6 +101,8 @@ int command_run(const run_options& a_options) {
             print_candidates(std::cout, report);
         }
         print_sandbox_status(report);
+        std::cout.flush();
+        print_findings(std::cerr, report.findings);
     }
     switch (report.result) {
     case run_report::outcome::not_run:
@@ -119,6 +131,7 @@ int command_callback(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
+    runner.set_probe_policy(policy_of(a_options));
     runner.set_sandbox(sandbox_mode_of(a_options.sandbox));
     run_report report = runner.run_callback(*candidate, *written_form, *plugin);
     if (report_sandbox_refusal(report)) {
@@ -131,6 +144,7 @@ int command_callback(const run_options& a_options) {
         } else {
             print_panes(panes);
             print_sandbox_status(report);
+            print_findings(std::cerr, report.findings);
         }
     }
     return entry_status(report, *plugin, "callback", "callback");
@@ -144,6 +158,7 @@ int command_preference(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
+    runner.set_probe_policy(policy_of(a_options));
     runner.set_sandbox(sandbox_mode_of(a_options.sandbox));
     run_report report = runner.run_preference(*plugin);
     if (report_sandbox_refusal(report)) {
@@ -155,6 +170,7 @@ int command_preference(const run_options& a_options) {
     } else {
         print_panes(panes);
         print_sandbox_status(report);
+        print_findings(std::cerr, report.findings);
     }
     return entry_status(report, *plugin, "preference entry", "preference");
 }

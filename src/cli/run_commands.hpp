@@ -13,6 +13,9 @@ struct run_options {
     std::string candidate;
     bool json = false;
     std::string sandbox; // empty, "on" or "nonet"
+    // --probe and --no-probe: probe every run, or none (by default only failed or empty ones).
+    bool probe = false;
+    bool no_probe = false;
 };
 
 int command_run(const run_options& a_options);

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
@@ -118,10 +119,28 @@ int open_exit_fd(pid_t a_pid) {
     return -1;
 }
 
-// Waits for a child, retrying on signals; ECHILD (a host that auto-reaps) counts as reaped.
-void wait_blocking(pid_t a_pid) {
-    while (::waitpid(a_pid, nullptr, 0) == -1 && errno == EINTR) {
+// Waits for a child, retrying on signals; ECHILD (a host that auto-reaps) counts as reaped and
+// gives no status.
+std::optional<int> wait_blocking(pid_t a_pid, std::optional<double>* a_cpu_ms = nullptr) {
+    int status = 0;
+    pid_t waited = -1;
+    struct rusage usage {};
+    while ((waited = ::wait4(a_pid, &status, 0, &usage)) == -1 && errno == EINTR) {
     }
+    if (waited != a_pid) {
+        return std::nullopt;
+    }
+    if (a_cpu_ms != nullptr) {
+        const auto milliseconds_of = [](const timeval& a_time) {
+            return static_cast<double>(a_time.tv_sec) * 1000.0 +
+                   static_cast<double>(a_time.tv_usec) / 1000.0;
+        };
+        *a_cpu_ms = milliseconds_of(usage.ru_utime) + milliseconds_of(usage.ru_stime);
+    }
+    if (WIFEXITED(status)) {
+        return WEXITSTATUS(status);
+    }
+    return WIFSIGNALED(status) ? std::optional<int>(128 + WTERMSIG(status)) : std::nullopt;
 }
 
 } // namespace
@@ -206,7 +225,7 @@ void child_process::reap_after_end_of_file() {
     }
     if (has_exited()) {
         remove_running_group(m_pid);
-        wait_blocking(m_pid);
+        m_exit_status = wait_blocking(m_pid, &m_cpu_ms);
         m_reaped = true;
         return;
     }

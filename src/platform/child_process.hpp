@@ -4,6 +4,7 @@
 #include "platform/output_stream.hpp"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -33,6 +34,10 @@ public:
     // SIGTERM to the group; after a 2 s grace (outputs drained and dropped meanwhile) SIGKILL;
     // then reaps the shell.
     void terminate(output_stream& a_std_output, output_stream& a_std_error);
+    // The shell's exit status (128 + signal when a signal ended it), once reaped here.
+    std::optional<int> exit_status() const { return m_exit_status; }
+    // The processor time the child and the children it waited for used, once reaped here.
+    std::optional<double> cpu_ms() const { return m_cpu_ms; }
 
 private:
     child_process(pid_t a_pid, int a_exit_fd);
@@ -42,6 +47,8 @@ private:
     // A pidfd that becomes readable when the shell exits; -1 where the kernel has none.
     int m_exit_fd;
     bool m_reaped = false;
+    std::optional<int> m_exit_status;
+    std::optional<double> m_cpu_ms;
 };
 
 } // namespace qiro_plugin::utility::detail

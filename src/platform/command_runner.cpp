@@ -5,6 +5,7 @@
 #include "platform/sandbox.hpp"
 #include "text/string_encode.hpp"
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -24,6 +25,8 @@ constexpr std::chrono::milliseconds pass_length{100};
 // that starts at 30000.
 constexpr std::int32_t pass_step = 100;
 constexpr std::int32_t timeout_counter = 29999;
+
+std::atomic<std::uint64_t> started_commands{0};
 
 std::mutex hook_mutex;
 std::shared_ptr<const std::function<void()>> wait_hook;
@@ -111,6 +114,12 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     if (!child) {
         return 1;
     }
+    started_commands.fetch_add(1, std::memory_order_relaxed);
+    const auto started = std::chrono::steady_clock::now();
+    const auto elapsed_ms = [started] {
+        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started)
+            .count();
+    };
     detail::output_stream std_output(std_output_fd, stream_limit);
     detail::output_stream std_error(std_error_fd, stream_limit);
     const auto hook = current_wait_hook();
@@ -124,6 +133,17 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
             (*hook)();
         }
         if (a_is_timeout && counter > timeout_counter) {
+            if (a_report != nullptr) {
+                const auto& kept = std_error.result().data;
+                *a_report = run_command_report{};
+                a_report->timed_out = true;
+                a_report->partial_std_error.assign(kept.begin(), kept.end());
+                a_report->std_error_cut = std_error.cut();
+                a_report->std_output_cut = std_output.cut();
+            }
+            if (a_report != nullptr) {
+                a_report->elapsed_ms = elapsed_ms();
+            }
             child->terminate(std_output, std_error);
             return 2;
         }
@@ -138,8 +158,17 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     if (a_report != nullptr) {
         a_report->std_output_cut = std_output.cut();
         a_report->std_error_cut = std_error.cut();
+        a_report->timed_out = false;
+        a_report->partial_std_error.clear();
+        a_report->exit_status = child->exit_status();
+        a_report->cpu_ms = child->cpu_ms();
+        a_report->elapsed_ms = elapsed_ms();
     }
     return 0;
+}
+
+std::uint64_t started_command_count() noexcept {
+    return started_commands.load(std::memory_order_relaxed);
 }
 
 void set_run_command_wait_hook(std::function<void()> a_hook) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,15 +21,26 @@ struct command_result {
 namespace utility {
 
 // Which streams produced more than the runner keeps (64 MiB each); the rest was read and dropped.
+// The other members are for explaining a run to its author and never change the outputs.
 struct run_command_report {
     bool std_output_cut = false;
     bool std_error_cut = false;
+    bool timed_out = false;
+    // What the child had written on standard error when the time-out stopped it.
+    std::string partial_std_error;
+    // The shell's exit status, when it was reaped before run_command returned.
+    std::optional<int> exit_status;
+    double elapsed_ms = 0.0;
+    // Processor time of the command, user and system; unlike the elapsed time it does not grow
+    // with the load of the machine.
+    std::optional<double> cpu_ms;
 };
 
 // Runs "/bin/sh -c a_command_line" in a_working_folder (empty: the caller's). Results:
 // 0 both streams closed (whatever the exit status), the outputs and the report replaced;
 // 1 set-up failed; 2 time-out after about 30 s when a_is_timeout, child group terminated.
-// On 1 and 2 the outputs and the report are left untouched. 3 is reserved, never returned.
+// On 1 and 2 the outputs are left untouched; on 2 the report says timed_out and keeps the
+// partial standard error. 3 is reserved, never returned.
 // A stream that produced bytes ends with one zero byte; an empty stream stays empty.
 int run_command(const std::string& a_command_line, const utf16_string& a_working_folder,
                 std::vector<char>& a_std_output, std::vector<char>& a_std_error, bool a_is_timeout,
@@ -38,6 +50,10 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
 // once. Async-signal-safe: a host's handler for SIGINT or SIGTERM calls it so that no plug-in
 // outlives the host.
 void kill_running_commands() noexcept;
+
+// How many children run_command has started in this process, to check that a run costs no
+// more processes than it should.
+std::uint64_t started_command_count() noexcept;
 
 // Installs the function called once per 100 ms pass while a command runs; empty removes it.
 void set_run_command_wait_hook(std::function<void()> a_hook);

@@ -45,6 +45,7 @@ std::string qiro_plugin_instance_script::impl::run_command_rapper(const std::str
                                                                   const std::string& a_arguments,
                                                                   bool a_is_timeout) {
     m_is_last_document_parsed = false;
+    m_last_command_result = -1;
     if (!utility::check_file_existence(m_plugin_file_path)) {
         return {};
     }
@@ -73,9 +74,11 @@ std::string qiro_plugin_instance_script::impl::run_command_rapper(const std::str
     const script_file_access bridge_file(m_data_folder, bridge_file_name, m_script_code);
     std::vector<char> std_output;
     std::vector<char> std_error;
+    m_last_command_report = utility::run_command_report{};
     const int result = utility::run_command(
         command_line, string_encode::MultiByteFilePathToWideChar(m_data_folder.c_str()), std_output,
-        std_error, a_is_timeout);
+        std_error, a_is_timeout, &m_last_command_report);
+    m_last_command_result = result;
     if (result == RUN_COMMAND_SUCCESS) {
         m_last_std_output = text_of_stream(std_output);
         m_last_std_err_output = text_of_stream(std_error);

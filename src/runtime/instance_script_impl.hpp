@@ -1,6 +1,7 @@
 #pragma once
 // Private state of qiro_plugin_instance_script and the operations its runs share.
 
+#include "platform/command_runner.hpp"
 #include "runtime/plugin_instance_script.hpp"
 #include "text/utf16_string.hpp"
 #include "xml/script_preference.hpp"
@@ -24,6 +25,8 @@ struct qiro_plugin_instance_script::impl {
     std::string m_last_std_output;
     std::string m_last_std_err_output;
     bool m_is_last_document_parsed = false;
+    utility::run_command_report m_last_command_report;
+    int m_last_command_result = -1;
 
     // Runs the bridge with the method and the already quoted arguments; returns the command's
     // standard output, empty on any failure.

@@ -194,4 +194,16 @@ bool qiro_plugin_instance_script::is_last_document_parsed() const {
     return p_impl->m_is_last_document_parsed;
 }
 
+const utility::run_command_report& qiro_plugin_instance_script::get_last_command_report() const {
+    return p_impl->m_last_command_report;
+}
+
+int qiro_plugin_instance_script::get_last_command_result() const {
+    return p_impl->m_last_command_result;
+}
+
+const std::string& qiro_plugin_instance_script::get_script_command_name() const {
+    return p_impl->m_script_command_name;
+}
+
 } // namespace qiro_plugin

@@ -1,6 +1,7 @@
 #pragma once
 // A plug-in written in Perl, Ruby or Python, run through its interpreter and a bridge script.
 
+#include "platform/command_runner.hpp"
 #include "runtime/abstract_plugin_instance.hpp"
 
 #include <memory>
@@ -67,6 +68,13 @@ public:
     std::string release_last_std_err_output_string();
     // True when the last command's output parsed as a run result document.
     bool is_last_document_parsed() const;
+    // What the runner said of the last command (time-out, partial standard error, cut
+    // streams, exit, time) and its result (0 done, 2 timed out, -1 none ran), for explaining
+    // a run to its author; the outputs above stay as they are.
+    const utility::run_command_report& get_last_command_report() const;
+    int get_last_command_result() const;
+    // The interpreter command: "perl", "ruby" or "python".
+    const std::string& get_script_command_name() const;
 
 private:
     struct impl;

@@ -64,7 +64,7 @@ TEST_F(cli_run, json_report_of_a_successful_run_holds_exactly_the_documented_mem
                         "alternative_alias": "alias", "alternative_type": "definite_string",
                         "info": "py"}],
         "return_type": 0, "candidate_list": "checked above",
-        "timings_ms": {"syntax_check": 0, "run": 0, "total": 0}, "error": "",
+        "timings_ms": {"syntax_check": 0, "run": 0, "total": 0}, "error": "", "diagnosis": [],
         "sandbox": "off"})");
     expected["plugin_folder"] = sandbox.plugins().string() + "/";
     expected["stdout_pane"] = "syntax ok\r\n" + run_stdout + "\r\n";
@@ -134,10 +134,23 @@ TEST_F(cli_run, plugins_that_cannot_run_or_whose_output_does_not_parse_exit_with
     EXPECT_EQ(report["document_parsed"], false);
     EXPECT_EQ(report["return_type"], 2);
     EXPECT_THAT(report["run_stdout"].get<std::string>(), StartsWith("debug: got a\n"));
+    // The stray line is named, with exactly the documented members.
+    EXPECT_EQ(report["diagnosis"], json::parse(R"json([{"code": "stray_output", "severity": "error",
+        "message": "Line 1 of standard output came from the plug-in: \"debug: got a\"",
+        "hint": "What the plug-in prints lands in the result document and breaks it. Write debug output to standard error: $stderr.puts(...) or warn(...)",
+        "file": null, "line": null, "column": null, "offset": 0
+}])json"));
 
-    // The plug-in raises: the interpreter's report is on the standard-error pane.
+    // The plug-in raises: the interpreter's report is on the standard-error pane, the place
+    // in the plug-in in the compilers' form after it.
     EXPECT_THAT(report_of("raises_error.py")["stderr_pane"].get<std::string>(),
                 HasSubstr("ValueError: fixture failure for a"));
+    const auto raised = run_in_folder("run", {"raises_error.py", "a"});
+    EXPECT_THAT(raised.err, HasSubstr("\n" + (sandbox.plugins() / "raises_error.py").string() +
+                                      ":5: error: The entry stopped with an error: ValueError: "
+                                      "fixture failure for a\n  The traceback, the plug-in's own "
+                                      "frames first:\n    raises_error.py:5 in "
+                                      "qiro_plugin_run_process\n    [bridge]\n"));
 
     // A failed syntax check, from an interpreter that warns before its answer ("syntax ok" must
     // open the output): its output is shown and nothing runs.

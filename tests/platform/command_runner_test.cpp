@@ -32,7 +32,12 @@ struct run_outcome {
     int result;
     std::vector<char> std_output{'o', 'l', 'd'};
     std::vector<char> std_error{'o', 'l', 'd'};
-    run_command_report report{true, true};
+    // Set, so that a report left alone shows.
+    run_command_report report = [] {
+        run_command_report set;
+        set.std_output_cut = set.std_error_cut = true;
+        return set;
+    }();
 };
 
 run_outcome run(const std::string& a_line, const utf16_string& a_folder = {}) {
@@ -164,9 +169,9 @@ TEST(command_runner, killing_running_commands_ends_them_with_their_groups) {
     EXPECT_EQ(run("echo still fine").std_output, terminated("still fine\n"));
 }
 
-// Runs a command that never closes its outputs until the time-out: the outputs and report stay
-// untouched, the wait hook ran once per 100 ms pass (the counter starts at 0 and the pass that
-// starts at 30000 is the last), the whole process group is gone and its shell reaped.
+// Runs a command that never closes its outputs until the time-out: the outputs stay untouched,
+// the report says it timed out, the wait hook ran once per 100 ms pass (the counter starts at 0 and
+// the pass that starts at 30000 is the last), the whole process group is gone and its shell reaped.
 void expect_time_out_ends_everything(const std::string& a_body) {
     platform_test::scratch_folder scratch;
     const auto pid_file = scratch.path() / "pid";
@@ -178,7 +183,8 @@ void expect_time_out_ends_everything(const std::string& a_body) {
     EXPECT_EQ(passes, 301);
     EXPECT_EQ(outcome.std_output, run_outcome{}.std_output);
     EXPECT_EQ(outcome.std_error, run_outcome{}.std_error);
-    EXPECT_TRUE(outcome.report.std_output_cut && outcome.report.std_error_cut);
+    EXPECT_TRUE(outcome.report.timed_out);
+    EXPECT_FALSE(outcome.report.std_output_cut || outcome.report.std_error_cut);
     const auto shell = static_cast<pid_t>(std::stol(platform_test::read_file(pid_file)));
     EXPECT_EQ(platform_test::processes_left(shell), 0u);
     EXPECT_EQ(platform_test::processes_left(), 0u);

@@ -3,9 +3,13 @@
 #include "debugger/core/localized_texts.hpp"
 #include "debugger/core/request_filling.hpp"
 #include "debugger/core/run_sandbox.hpp"
+#include "diagnosis/analyze.hpp"
 #include "platform/data_folder.hpp"
+#include "platform/file_path.hpp"
 #include "platform/sandbox_availability.hpp"
+#include "probes/probe_runner.hpp"
 #include "runtime/plugin_instance_script.hpp"
+#include "text/string_encode.hpp"
 
 #include <chrono>
 #include <optional>
@@ -22,7 +26,40 @@ double milliseconds_since(clock_type::time_point a_start) {
     return std::chrono::duration<double, std::milli>(clock_type::now() - a_start).count();
 }
 
-enum class entry_kind { processing, callback, preference };
+using diagnosis::entry_kind;
+
+std::string to_utf8_or_empty(const utf16_string& a_text) {
+    try {
+        return string_encode::WideCharToMultiByteUTF8(a_text.c_str());
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
+// The request values in the order the bridges (and the probes) read them.
+template <typename Record>
+std::vector<std::string> probe_values_of(const utf16_string& a_first, const utf16_string& a_second,
+                                         const Record& a_record) {
+    return {
+        to_utf8_or_empty(a_first),
+        to_utf8_or_empty(a_second),
+        to_utf8_or_empty(get_record_text(a_record.proxy_address, a_record.proxy_address_length)),
+        std::to_string(a_record.proxy_port),
+        to_utf8_or_empty(get_record_text(a_record.proxy_username, a_record.proxy_username_length)),
+        to_utf8_or_empty(get_record_text(a_record.proxy_password, a_record.proxy_password_length))};
+}
+
+const char* method_of(entry_kind a_kind) {
+    switch (a_kind) {
+    case entry_kind::callback:
+        return "run_callback";
+    case entry_kind::preference:
+        return "run_preference";
+    case entry_kind::processing:
+        break;
+    }
+    return "run_process";
+}
 
 } // namespace
 
@@ -60,9 +97,15 @@ struct debug_runner::impl {
         if (!confine(a_plugin, report, confinement)) {
             return report;
         }
+        diagnosis::run_evidence evidence;
+        evidence.entry = a_kind;
+        evidence.plugin_folder = to_utf8_or_empty(a_plugin.first);
+        evidence.plugin_file = to_utf8_or_empty(a_plugin.second);
+        std::vector<std::string> probe_values;
         std::shared_ptr<abstract_qiro_plugin_instance> instance;
         std::shared_ptr<abstract_qiro_plugin_message> message;
         std::unique_ptr<qiro_plugin_message_quit_flag> quit_flag;
+        bool entry_started = false;
         try {
             m_sink.clear_std_output_text();
             m_sink.clear_std_error_output_text();
@@ -72,19 +115,23 @@ struct debug_runner::impl {
             instance = m_instance_factory(a_plugin.first, a_plugin.second, m_sink, &attempt);
             report.load_error = attempt.load_error;
             report.syntax_check_ms = attempt.syntax_check_ms;
+            evidence.language = attempt.language;
+            evidence.syntax_check = attempt.syntax_check;
             if (!instance) {
                 m_sink.stop_progress();
                 report.result = run_report::outcome::not_run;
-                report.total_ms = milliseconds_since(started);
+                finish(report, evidence, probe_values, started);
                 return report;
             }
+            evidence.instance_made = true;
             report.module_type = instance->run_get_module_type();
             if ((a_kind == entry_kind::callback && !instance->is_enable_callback()) ||
                 (a_kind == entry_kind::preference && !instance->is_enable_preference())) {
                 instance.reset();
                 m_sink.stop_progress();
                 report.result = run_report::outcome::entry_not_enabled;
-                report.total_ms = milliseconds_since(started);
+                evidence.entry_enabled = false;
+                finish(report, evidence, probe_values, started);
                 return report;
             }
 
@@ -93,10 +140,23 @@ struct debug_runner::impl {
             quit_flag = std::make_unique<qiro_plugin_message_quit_flag>();
 
             const auto run_started = clock_type::now();
-            a_entry(*instance, message, *quit_flag);
+            entry_started = true;
+            a_entry(*instance, message, *quit_flag, probe_values);
             report.run_ms = milliseconds_since(run_started);
+            if (instance->is_enable_preference()) {
+                // The probe gets the settings folder the bridge got; finding it again must never
+                // fail the run.
+                try {
+                    probe_values.push_back(to_utf8_or_empty(utility::get_convert_path(
+                        utility::create_plugin_preference_path(instance->run_get_name()))));
+                } catch (const std::exception&) {
+                    probe_values.emplace_back();
+                }
+            }
 
             if (auto* script = dynamic_cast<qiro_plugin_instance_script*>(instance.get())) {
+                // The streams move into the report; the diagnosis borrows them from there.
+                evidence.run = command_evidence_of(*script, false);
                 report.run_std_output = script->release_last_std_output_string();
                 report.run_std_error = script->release_last_std_err_output_string();
                 m_sink.add_std_output_utf8(report.run_std_output);
@@ -117,14 +177,16 @@ struct debug_runner::impl {
             report.result = run_report::outcome::completed;
         } catch (const std::exception& error) {
             fail(report, error.what());
+            keep_failed_run_evidence(instance, entry_started, evidence);
         } catch (...) {
             fail(report, "unknown exception");
+            keep_failed_run_evidence(instance, entry_started, evidence);
         }
         // Released here on the failure path, in the order of the normal path.
         quit_flag.reset();
         message.reset();
         instance.reset();
-        report.total_ms = milliseconds_since(started);
+        finish(report, evidence, probe_values, started);
         return report;
     }
 
@@ -157,6 +219,72 @@ struct debug_runner::impl {
         a_report.refusal = std::move(refusal);
         a_report.sandbox_unavailable = true;
         return false;
+    }
+
+    // What a run that ended with an exception had written, for the diagnosis (the reader's
+    // limit, for one, fails the run after the command).
+    static void
+    keep_failed_run_evidence(const std::shared_ptr<abstract_qiro_plugin_instance>& a_instance,
+                             bool a_entry_started, diagnosis::run_evidence& a_evidence) {
+        const auto* script = dynamic_cast<const qiro_plugin_instance_script*>(a_instance.get());
+        if (a_entry_started && script != nullptr && !a_evidence.run.ran) {
+            a_evidence.run = command_evidence_of(*script, true);
+        }
+    }
+
+    // The diagnosis, after the faithful run is over: a failed or empty run may be probed, which
+    // runs the plug-in a second time; the panes and alerts are not touched.
+    void finish(run_report& a_report, diagnosis::run_evidence& a_evidence,
+                const std::vector<std::string>& a_probe_values, clock_type::time_point a_started) {
+        a_report.total_ms = milliseconds_since(a_started);
+        a_evidence.error = a_report.error;
+        a_evidence.document_parsed = a_report.document_parsed;
+        a_evidence.candidate_count = a_report.candidates.size();
+        if (a_evidence.run.timed_out) {
+            a_report.timed_out_after_s = a_evidence.run.elapsed_ms / 1000.0;
+        }
+        const auto& run = a_evidence.run;
+        const bool failed = a_report.result == run_report::outcome::failed || run.timed_out ||
+                            (run.ran && run.exit_status.value_or(0) != 0) ||
+                            (a_evidence.entry == entry_kind::processing && run.ran &&
+                             (!a_report.document_parsed || a_report.candidates.empty()));
+        // A probe of a hang would only hang as long again.
+        const bool probe = a_evidence.instance_made && a_evidence.entry_enabled && run.ran &&
+                           !run.timed_out &&
+                           (m_probe_policy == probe_policy::always ||
+                            (m_probe_policy == probe_policy::after_failure && failed));
+        try {
+            if (probe) {
+                probes::probe_request request;
+                request.language = a_evidence.language;
+                request.plugin_path = to_utf8_or_empty(
+                    utility::get_convert_path(string_encode::MultiByteUTF8ToWideChar(
+                        (a_evidence.plugin_folder + a_evidence.plugin_file).c_str())));
+                request.method = method_of(a_evidence.entry);
+                request.values = a_probe_values;
+                a_evidence.probe = probes::run_probe(request);
+            }
+            const bool borrowed = a_evidence.run.ran && !a_evidence.run.timed_out &&
+                                  a_evidence.run.std_output.empty() &&
+                                  a_evidence.run.std_error.empty();
+            if (borrowed) {
+                a_evidence.run.std_output.swap(a_report.run_std_output);
+                a_evidence.run.std_error.swap(a_report.run_std_error);
+            }
+            try {
+                a_report.findings = diagnosis::diagnose(
+                    a_evidence, installed_text_language() == text_language::japanese
+                                    ? diagnosis::ui_language::japanese
+                                    : diagnosis::ui_language::english);
+            } catch (const std::exception&) {
+            }
+            if (borrowed) {
+                a_evidence.run.std_output.swap(a_report.run_std_output);
+                a_evidence.run.std_error.swap(a_report.run_std_error);
+            }
+        } catch (const std::exception&) {
+            // The diagnosis only explains; it never turns a run into a failure.
+        }
     }
 
     static void collect_candidates(const abstract_qiro_plugin_instance& a_instance,
@@ -220,15 +348,20 @@ run_report debug_runner::run_debug(const utf16_string& a_written_form, const plu
     if (p_impl->refuse_written_form(a_written_form, refused)) {
         return refused;
     }
-    return p_impl->drive(entry_kind::processing, a_plugin,
-                         [&](abstract_qiro_plugin_instance& a_instance,
-                             const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
-                             const qiro_plugin_message_quit_flag& a_quit_flag) {
-                             qiro_plugin_request request{};
-                             fill_processing_request(request, a_written_form, a_reading,
-                                                     p_impl->m_settings_reader());
-                             a_instance.run_processing(a_message, request, a_quit_flag);
-                         });
+    return p_impl->drive(
+        entry_kind::processing, a_plugin,
+        [&](abstract_qiro_plugin_instance& a_instance,
+            const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
+            const qiro_plugin_message_quit_flag& a_quit_flag,
+            std::vector<std::string>& a_probe_values) {
+            qiro_plugin_request request{};
+            fill_processing_request(request, a_written_form, a_reading,
+                                    p_impl->m_settings_reader());
+            a_probe_values = probe_values_of(
+                get_record_text(request.composition_string, request.composition_string_length),
+                get_record_text(request.reading_string, request.reading_string_length), request);
+            a_instance.run_processing(a_message, request, a_quit_flag);
+        });
 }
 
 run_report debug_runner::run_callback(const utf16_string& a_candidate,
@@ -242,23 +375,29 @@ run_report debug_runner::run_callback(const utf16_string& a_candidate,
     if (p_impl->refuse_written_form(a_written_form, refused)) {
         return refused;
     }
-    return p_impl->drive(entry_kind::callback, a_plugin,
-                         [&](abstract_qiro_plugin_instance& a_instance,
-                             const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
-                             const qiro_plugin_message_quit_flag& a_quit_flag) {
-                             qiro_plugin_callback callback{};
-                             fill_callback_request(callback, a_candidate, a_written_form,
-                                                   p_impl->m_settings_reader());
-                             a_instance.run_callback(a_message, callback, a_quit_flag);
-                         });
+    return p_impl->drive(
+        entry_kind::callback, a_plugin,
+        [&](abstract_qiro_plugin_instance& a_instance,
+            const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
+            const qiro_plugin_message_quit_flag& a_quit_flag,
+            std::vector<std::string>& a_probe_values) {
+            qiro_plugin_callback callback{};
+            fill_callback_request(callback, a_candidate, a_written_form,
+                                  p_impl->m_settings_reader());
+            a_probe_values = probe_values_of(
+                get_record_text(callback.candidate_string, callback.candidate_string_length),
+                get_record_text(callback.composition_string, callback.composition_string_length),
+                callback);
+            a_instance.run_callback(a_message, callback, a_quit_flag);
+        });
 }
 
 run_report debug_runner::run_preference(const plugin_entry& a_plugin) {
-    return p_impl->drive(
-        entry_kind::preference, a_plugin,
-        [](abstract_qiro_plugin_instance& a_instance,
-           const std::shared_ptr<abstract_qiro_plugin_message>&,
-           const qiro_plugin_message_quit_flag&) { a_instance.run_preference(nullptr); });
+    return p_impl->drive(entry_kind::preference, a_plugin,
+                         [](abstract_qiro_plugin_instance& a_instance,
+                            const std::shared_ptr<abstract_qiro_plugin_message>&,
+                            const qiro_plugin_message_quit_flag&,
+                            std::vector<std::string>&) { a_instance.run_preference(nullptr); });
 }
 
 } // namespace qiro_plugin::debugger

@@ -4,6 +4,7 @@
 #include "text/string_encode.hpp"
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 
 namespace qiro_plugin::debugger {
@@ -42,6 +43,8 @@ constexpr std::array<localized_text_entry, 10> table{{
      "文書が上限の 10,485,760 バイトを超えています。実行の出力（プラグインが出力した文字も"
      "含みます）か、プラグインと対になる .xml のどちらかです。"},
 }};
+
+std::atomic<text_language> installed_language{text_language::english};
 
 } // namespace
 
@@ -89,8 +92,17 @@ text_language language_from_environment() {
 }
 
 void install_localized_text_provider(text_language a_language) {
+    installed_language = a_language;
     utility::set_localized_string_provider(
         [a_language](const std::string& a_key) { return localized_text(a_key, a_language); });
+}
+
+} // namespace qiro_plugin::debugger
+
+namespace qiro_plugin::debugger {
+
+text_language installed_text_language() {
+    return installed_language;
 }
 
 } // namespace qiro_plugin::debugger

@@ -45,4 +45,7 @@ utf16_string run_error_hint(const std::string& a_error);
 // Installs the table as the process-wide lookup behind utility::localized_string.
 void install_localized_text_provider(text_language a_language);
 
+// The language last installed (English before any), which the diagnosis writes in too.
+text_language installed_text_language();
+
 } // namespace qiro_plugin::debugger

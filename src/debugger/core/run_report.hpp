@@ -37,6 +37,8 @@ struct run_report {
     double run_ms = 0.0;
     double total_ms = 0.0;
     std::string error; // the text of the exception that ended the run
+    // When the time-out stopped the entry: after how many seconds.
+    std::optional<double> timed_out_after_s;
     // What the diagnosis found, beside the faithful outputs above; empty when nothing was.
     std::vector<diagnosis::finding> findings;
     // The confinement the run's commands had; a refusal with sandbox_unavailable set means

@@ -3,8 +3,10 @@
 #include "debugger/core/localized_texts.hpp"
 #include "debugger/core/script_instance_factory.hpp"
 #include "debugger/window/alert_box.hpp"
-#include "debugger/window/sandbox_toggle.hpp"
+#include "debugger/window/diagnosis_list.hpp"
 #include "debugger/window/output_pane.hpp"
+#include "debugger/window/sandbox_toggle.hpp"
+#include "diagnosis/analyze.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/localized_string.hpp"
 #include "ui_main_window.h"
@@ -94,6 +96,12 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
     // clicks and keys wait until the run has ended.
     utility::set_run_command_wait_hook(
         [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
+
+    // The findings of each run, under the panes.
+    m_diagnosis_list = new diagnosis_list(m_self_window);
+    p_impl->m_ui.bottom_area_layout->addWidget(m_diagnosis_list);
+    connect(m_diagnosis_list, &diagnosis_list::probe_policy_changed, this,
+            [this](probe_policy a_policy) { p_impl->m_runner.set_probe_policy(a_policy); });
 
     m_self_window->installEventFilter(this);
     connect(m_run_debug_button, &QPushButton::clicked, this, &ui_controller::run_debug);
@@ -187,6 +195,7 @@ void ui_controller::run_debug() {
     // An empty reading leaves the request exactly as the plug-in manager fills it.
     const run_report report = p_impl->m_runner.run_debug(
         to_utf16(m_hyoki_text_field->text()), *plugin, to_utf16(m_reading_text_field->text()));
+    m_diagnosis_list->show_findings(report.findings);
     show_run_summary(report, to_qstring(plugin->second));
     emit run_finished(report, *plugin);
 }
@@ -233,6 +242,9 @@ void ui_controller::show_run_summary(const run_report& a_report, const QString& 
         summary += QLatin1Char(' ') + (a_report.sandbox == utility::sandbox_mode::nonet
                                            ? tr("(sandboxed, no network)")
                                            : tr("(sandboxed)"));
+    }
+    if (const auto finding = diagnosis::summarize(a_report.findings); !finding.empty()) {
+        summary += QLatin1Char(' ') + QString::fromStdString(finding);
     }
     m_self_window->statusBar()->showMessage(summary);
 }

@@ -20,6 +20,8 @@ class QPushButton;
 
 namespace qiro_plugin::debugger {
 
+class diagnosis_list;
+
 class ui_controller : public QObject, private run_output_sink, private alert_sink {
     Q_OBJECT
 
@@ -32,6 +34,7 @@ public:
     // The run logic the window drives; tests replace its settings and instance sources.
     debug_runner& runner();
     const plugin_menu_model& menu_model() const { return m_menu_model; }
+    diagnosis_list* diagnosis_view() const { return m_diagnosis_list; }
 
     // Makes a loaded, syntax-checked instance for the file, appending the check's outputs.
     std::shared_ptr<abstract_qiro_plugin_instance>
@@ -79,6 +82,7 @@ private:
     QComboBox* m_loaded_plusins_popup_button = nullptr;
     QPushButton* m_run_debug_button = nullptr;
     QLineEdit* m_reading_text_field = nullptr;
+    diagnosis_list* m_diagnosis_list = nullptr;
 };
 
 } // namespace qiro_plugin::debugger

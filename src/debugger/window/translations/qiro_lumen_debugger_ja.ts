@@ -2,7 +2,7 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ja_JP">
 <context>
-    <name>candidate_preview</name>
+    <name>qiro_plugin::debugger::candidate_preview</name>
     <message>
         <source>Title</source>
         <translation>見出し</translation>
@@ -60,7 +60,7 @@
     </message>
 </context>
 <context>
-    <name>history_panel</name>
+    <name>qiro_plugin::debugger::history_panel</name>
     <message numerus="yes">
         <source>%n candidate(s)</source>
         <translation>
@@ -224,7 +224,7 @@
     </message>
 </context>
 <context>
-    <name>new_plugin_dialog</name>
+    <name>qiro_plugin::debugger::new_plugin_dialog</name>
     <message>
         <source>New Plug-in</source>
         <translation>新しいプラグイン</translation>
@@ -251,7 +251,7 @@
         </message>
 </context>
 <context>
-    <name>output_pane</name>
+    <name>qiro_plugin::debugger::output_pane</name>
     <message numerus="yes">
         <source>[… %n more character(s) not shown here; Save Output keeps everything]</source>
         <translation>
@@ -282,7 +282,7 @@
         </message>
 </context>
 <context>
-    <name>sandbox_toggle</name>
+    <name>qiro_plugin::debugger::sandbox_toggle</name>
     <message>
         <source>Sandbox</source>
         <translation>サンドボックス</translation>
@@ -301,7 +301,7 @@
     </message>
 </context>
 <context>
-    <name>settings_dialog</name>
+    <name>qiro_plugin::debugger::settings_dialog</name>
     <message>
         <source>Plug-in Manager Settings</source>
         <translation>プラグインマネージャの設定</translation>
@@ -380,7 +380,7 @@
         </message>
 </context>
 <context>
-    <name>stop_control</name>
+    <name>qiro_plugin::debugger::stop_control</name>
     <message>
         <source>%1 s, stopped</source>
         <translation>%1 秒、停止</translation>
@@ -391,7 +391,7 @@
         </message>
 </context>
 <context>
-    <name>ui_controller</name>
+    <name>qiro_plugin::debugger::ui_controller</name>
     <message numerus="yes">
         <source>%1 ran as %2: %n candidate(s) (syntax check %3 ms, run %4 ms).</source>
         <translation>
@@ -491,7 +491,7 @@
     </message>
 </context>
 <context>
-    <name>workbench</name>
+    <name>qiro_plugin::debugger::workbench</name>
     <message>
         <source>%1 was stopped.</source>
         <translation>%1 を停止しました。</translation>
@@ -572,5 +572,36 @@
         <source>&lt;p&gt;&lt;b&gt;QIRO Lumen Script Plug-in Debugger&lt;/b&gt;&lt;/p&gt;&lt;p&gt;Runs the candidate plug-ins of the qiro input method (Python, Ruby, Perl) exactly as its plug-in manager would, and shows what they print.&lt;/p&gt;</source>
         <translation>&lt;p&gt;&lt;b&gt;QIRO Lumen スクリプトプラグイン デバッガ&lt;/b&gt;&lt;/p&gt;&lt;p&gt;qiro 入力メソッドの候補プラグイン（Python、Ruby、Perl）をプラグインマネージャと同じ方法で実行し、その出力を表示します。&lt;/p&gt;</translation>
         </message>
+</context>
+<context>
+    <name>qiro_plugin::debugger::diagnosis_list</name>
+    <message>
+        <source>Diagnosis</source>
+        <translation>診断</translation>
+    </message>
+    <message>
+        <source>Place</source>
+        <translation>場所</translation>
+    </message>
+    <message>
+        <source>after a failed or empty run</source>
+        <translation>失敗したか候補がなかった実行のあと</translation>
+    </message>
+    <message>
+        <source>after every run</source>
+        <translation>毎回の実行のあと</translation>
+    </message>
+    <message>
+        <source>never</source>
+        <translation>しない</translation>
+    </message>
+    <message>
+        <source>A probe runs the plug-in a second time to see what its entry returned and which candidates the bridge drops.</source>
+        <translation>プローブはプラグインをもう一度実行し、エントリが返した値と、ブリッジが捨てる候補を調べます。</translation>
+    </message>
+    <message>
+        <source>Probe the plug-in:</source>
+        <translation>プラグインのプローブ:</translation>
+    </message>
 </context>
 </TS>

@@ -1,0 +1,169 @@
+#include "diagnosis/diagnosis_texts.hpp"
+
+#include <array>
+
+namespace qiro_plugin::diagnosis {
+
+namespace {
+
+struct entry {
+    std::string_view key;
+    std::string_view english;
+    std::string_view japanese;
+};
+
+constexpr std::array<entry, 50> table{{
+    {"no_language.extension", "{0} is not a plug-in file: its name must end in .py, .rb or .pl.",
+     "{0} はプラグインファイルではありません。名前の末尾を .py、.rb、.pl "
+     "のいずれかにしてください。"},
+    {"no_language.missing", "{0} was not found.", "{0} が見つかりません。"},
+    {"no_language.unreadable", "{0} cannot be read.", "{0} を読み込めません。"},
+    {"no_language.hint", "Check the file's name, that it is there and that you may read it.",
+     "ファイル名、ファイルがあること、読み込み権限があることを確かめてください。"},
+    {"no_language.check", "The {0} syntax check of the bridge did not answer \"syntax ok\".",
+     "ブリッジの {0} 文法チェックが「syntax ok」を返しませんでした。"},
+    {"no_language.check_hint", "The standard-error pane says what the interpreter met.",
+     "インタプリタが何に出会ったかは標準エラーの欄に出ています。"},
+    {"interpreter_missing", "The interpreter \"{0}\" is not installed or not on PATH.",
+     "インタプリタ「{0}」がインストールされていないか、PATH にありません。"},
+    {"interpreter_missing.hint", "Install the Debian package {0}: sudo apt-get install {0}",
+     "Debian パッケージ {0} をインストールしてください: sudo apt-get install {0}"},
+    {"syntax_error.hint",
+     "The plug-in does not compile. The bridge's syntax check never loads the plug-in, so "
+     "\"syntax ok\" says nothing about the file.",
+     "プラグインがコンパイルできません。ブリッジの文法チェックはプラグインを読み込まないので、"
+     "「syntax ok」はこのファイルについて何も保証しません。"},
+    {"load_failed", "The plug-in compiles but does not load: {0}",
+     "プラグインはコンパイルできますが、読み込めません: {0}"},
+    {"load_failed.hint",
+     "Install a missing module for this interpreter, and make a Perl file end in a true value "
+     "(1;). Code at the top of the file runs when it loads.",
+     "足りないモジュールはこのインタプリタ用にインストールしてください。Perl "
+     "のファイルは真の値（1;"
+     "）で終えてください。ファイルの最上位のコードは読み込み時に実行されます。"},
+    {"entry_missing", "The entry {0} is not where the bridge looks for it.",
+     "エントリ {0} が、ブリッジが探す場所にありません。"},
+    {"entry_missing.hint", "Define it as: {0}", "次のように定義してください: {0}"},
+    {"plugin_exception", "The entry stopped with an error: {0}",
+     "エントリがエラーで止まりました: {0}"},
+    {"plugin_exception.hint", "The traceback, the plug-in's own frames first:\n{0}",
+     "トレースバック（プラグイン自身のフレームが先）:\n{0}"},
+    {"stray_output.one", "Line {0} of standard output came from the plug-in: \"{1}\"",
+     "標準出力の {0} 行目はプラグインが出力したものです: 「{1}」"},
+    {"stray_output.many", "Lines {0} to {1} of standard output came from the plug-in: \"{2}\"",
+     "標準出力の {0} 行目から {1} 行目はプラグインが出力したものです: 「{2}」"},
+    {"stray_output.hint",
+     "What the plug-in prints lands in the result document and breaks it. Write debug output to "
+     "standard error: {0}",
+     "プラグインが出力したものは結果文書に混ざって文書を壊します。デバッグ出力は標準エラーへ"
+     "書いてください: {0}"},
+    {"document_invalid", "Standard output is not a result document: line {0}, column {1}: {2}",
+     "標準出力が結果文書になっていません: {0} 行目 {1} 桁目: {2}"},
+    {"document_invalid.empty", "The run printed no result document.",
+     "実行は結果文書を出力しませんでした。"},
+    {"document_invalid.hint",
+     "The bridge writes the document after the entry returns; an entry that ends the interpreter "
+     "(exit) or writes to standard output directly cuts it short.",
+     "文書はエントリが戻ったあとにブリッジが書きます。インタプリタを終了させる（exit）"
+     "エントリや、標準出力へ直接書くエントリは文書を途切れさせます。"},
+    {"not_utf8", "The bytes on {0} are not valid UTF-8 from offset {1}: {2}",
+     "{0} のバイト列が位置 {1} から UTF-8 として正しくありません: {2}"},
+    {"not_utf8.hint",
+     "Print UTF-8 only: text in Shift_JIS or EUC-JP must be converted before it is printed or "
+     "returned.",
+     "UTF-8 だけを出力してください。Shift_JIS や EUC-JP "
+     "の文字列は出力する前、返す前に変換してください。"},
+    {"wrong_return_shape",
+     "The entry returned {0}, not a mapping whose \"candidate\" holds a list.",
+     "エントリが返したのは {0} で、「candidate」にリストを持つ対応表ではありません。"},
+    {"wrong_return_shape.keys",
+     "The entry returned {0} with the keys {1}; the bridge reads a mapping whose \"candidate\" "
+     "holds a list.",
+     "エントリが返したのはキー {1} を持つ {0} です。ブリッジが読むのは「candidate」にリストを持つ"
+     "対応表です。"},
+    {"wrong_return_shape.candidate", "The entry returned \"candidate\" as {0}, not a list.",
+     "エントリが返した「candidate」は {0} で、リストではありません。"},
+    {"wrong_return_shape.hint", "Return it as: {0}", "次の形で返してください: {0}"},
+    {"candidate_dropped", "Candidate {0} is dropped: {1}.", "候補 {0} は捨てられます: {1}。"},
+    {"candidate_dropped.field", "Candidate {0} loses {1}: {2}.", "候補 {0} の {1}: {2}。"},
+    {"candidate_dropped.hint",
+     "Each candidate is a mapping with a non-empty text \"hyoki\"; every field is a text within "
+     "its limit (hyoki 100, comment 1024, alternative 512, info 64 characters).",
+     "候補は空でない文字列「hyoki」を持つ対応表です。各フィールドは上限内の文字列にしてください"
+     "（hyoki 100、comment 1024、alternative 512、info 64 文字）。"},
+    {"reason.missing", "it has no \"hyoki\"", "「hyoki」がありません"},
+    {"reason.symbol_key", "its \"hyoki\" key is a symbol, not a string",
+     "「hyoki」のキーが文字列ではなくシンボルです"},
+    {"reason.empty", "its \"hyoki\" is empty", "「hyoki」が空です"},
+    {"reason.not_mapping", "it is {0}, not a mapping", "対応表ではなく {0} です"},
+    {"reason.beyond_limit", "only the first {0} candidates are read",
+     "読まれるのは先頭の {0} 個の候補だけです"},
+    {"reason.wrong_type", "\"{1}\" is {0}, not a text", "「{1}」が文字列ではなく {0} です"},
+    {"reason.cut", "{0} characters are cut to {1}", "{0} 文字が {1} 文字に切られます"},
+    {"reason.dropped_over_limit", "a jump address of {0} characters is over {1} and dropped",
+     "{0} 文字のジャンプ先は上限 {1} を超えるので捨てられます"},
+    {"timed_out", "The run timed out after {0} s and was stopped.",
+     "実行が {0} 秒でタイムアウトし、止められました。"},
+    {"timed_out.hint",
+     "The plug-in did not finish within 30 seconds (an endless loop, a network call without a "
+     "time-out?).",
+     "プラグインが 30 秒以内に終わりませんでした（無限ループ、タイムアウトのない通信など）。"},
+    {"timed_out.partial", "Standard error until then:\n{0}", "それまでの標準エラー:\n{0}"},
+    {"stream_cut", "{0} was cut at 64 MiB; the rest was dropped.",
+     "{0} は 64 MiB で切られ、残りは捨てられました。"},
+    {"output_too_large",
+     "The result document is {0} bytes, over the reader's limit of "
+     "10,485,760 bytes.",
+     "結果文書が {0} バイトで、読み込みの上限 10,485,760 バイトを超えています。"},
+    {"output_too_large.hint", "Return fewer or shorter candidates: only the first 100 are read.",
+     "候補を減らすか短くしてください。読まれるのは先頭の 100 個だけです。"},
+    {"companion_xml_invalid", "{0} does not parse: {1}", "{0} を解析できません: {1}"},
+    {"companion_xml_invalid.hint",
+     "The plug-in runs with defaults: its name is the file name, the callback and preference "
+     "entries are off and no settings folder path is passed.",
+     "プラグインは既定値で動きます。名前はファイル名になり、コールバックと設定のエントリは無効、"
+     "設定フォルダのパスも渡されません。"},
+    {"interpreter_slow",
+     "The interpreter \"{0}\" ({1}) took {2} ms to start, {3} ms more than "
+     "expected.",
+     "インタプリタ「{0}」（{1}）の起動に {2} ミリ秒かかりました。想定より {3} "
+     "ミリ秒長くかかっています。"},
+    {"interpreter_slow.hint",
+     "A version manager's shim on PATH slows every run; put the system's interpreter (/usr/bin) "
+     "first on PATH.",
+     "PATH 上のバージョン管理ツールのシムはすべての実行を遅くします。システムのインタプリタ"
+     "（/usr/bin）を PATH の先頭に置いてください。"},
+    {"stream.std_output", "standard output", "標準出力"},
+    {"stream.std_error", "standard error", "標準エラー"},
+}};
+
+} // namespace
+
+std::string text(std::string_view a_key, ui_language a_language,
+                 std::initializer_list<std::string_view> a_values) {
+    std::string_view pattern = a_key;
+    for (const auto& item : table) {
+        if (item.key == a_key) {
+            pattern = a_language == ui_language::japanese ? item.japanese : item.english;
+            break;
+        }
+    }
+    std::string result;
+    result.reserve(pattern.size());
+    for (std::size_t at = 0; at < pattern.size(); ++at) {
+        const std::size_t number = at + 2 < pattern.size() && pattern[at] == '{' &&
+                                           pattern[at + 2] == '}' && pattern[at + 1] >= '0' &&
+                                           pattern[at + 1] <= '9'
+                                       ? static_cast<std::size_t>(pattern[at + 1] - '0')
+                                       : a_values.size();
+        if (number < a_values.size()) {
+            result += *(a_values.begin() + number);
+            at += 2;
+        } else {
+            result += pattern[at];
+        }
+    }
+    return result;
+}
+
+} // namespace qiro_plugin::diagnosis

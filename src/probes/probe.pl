@@ -1,0 +1,181 @@
+#
+# Author-side probe of a Perl plug-in for the QIRO Lumen debugger.
+#
+# It is not the bridge: it runs the plug-in a second time, after a run that failed or returned
+# no candidate, to see what the faithful run cannot show. It loads the file as the bridge does
+# (a compile error and a load error are told apart by the interpreter's message), calls the
+# entry with the same request in the same list context, and prints one line "QIRO-PROBE:"
+# followed by a JSON object: the compile and load results, whether the entry exists, what it
+# died with or returned, and what the bridge's per-field rules keep of each candidate.
+# Arguments: plug-in file, method, then the request values (URL-encoded UTF-8), in the
+# bridge's order.
+#
+
+use strict;
+use warnings;
+use Encode;
+use JSON::PP;
+use File::Spec;
+
+my $MARK = 'QIRO-PROBE:';
+my @FIELDS = (['hyoki', 100], ['comment', 1024], ['comment_xhtml', 10240],
+              ['alternative_type', -1], ['alternative_alias', -1], ['info', 64],
+              ['alternative', 512]);
+my $CANDIDATE_LIMIT = 100;
+
+sub url_decode {
+    my ($string) = @_;
+    $string =~ tr/+/ /;
+    $string =~ s/%([0-9A-Fa-f]{2})/chr(hex($1))/eg;
+    return $string;
+}
+
+sub decode_argument { return Encode::decode_utf8(url_decode($_[0])); }
+
+open(my $real_stdout, '>&', \*STDOUT) or die "no standard output: $!";
+
+sub emit {
+    my ($report) = @_;
+    print {$real_stdout} "\n" . $MARK . JSON::PP->new->ascii->canonical->encode($report) . "\n";
+    close($real_stdout);
+    POSIX::_exit(0);
+}
+
+my $plugin_file = File::Spec->rel2abs(url_decode($ARGV[0]));
+my $method = decode_argument($ARGV[1]);
+my %report = (language => 'perl', method => $method);
+
+# The innermost place in the plug-in's own file that a message names.
+sub failure {
+    my ($error) = @_;
+    my $message = ref($error) ? "$error" : $error;
+    $message = Encode::decode_utf8($message) unless Encode::is_utf8($message);
+    my ($file, $line);
+    while ($message =~ /at (.+?) line (\d+)/g) {
+        if (File::Spec->rel2abs($1) eq $plugin_file && !defined($line)) {
+            ($file, $line) = ($1, $2 + 0);
+        }
+    }
+    $message =~ s/\s+\z//;
+    return {ok => JSON::PP::false, message => $message, file => $file, line => $line};
+}
+
+sub type_of {
+    my ($value) = @_;
+    return 'undef' unless defined($value);
+    my $type = ref($value);
+    return $type eq '' ? 'scalar' : $type . ' reference';
+}
+
+require POSIX;
+open(STDOUT, '>&', \*STDERR) or die "cannot send the plug-in's output to standard error: $!";
+
+# Read and compile as the bridge does; a message without a syntax complaint is a load error.
+eval { require $plugin_file; };
+if (my $error = $@) {
+    my $result = failure($error);
+    my $syntax = $error !~ /Can't locate |did not return a true value/ &&
+        $error =~ /syntax error|Compilation failed|Global symbol|Missing right curly|Can't find string terminator|Unmatched right|Bareword .* not allowed|Illegal declaration/;
+    if ($syntax) {
+        $report{compile} = $result;
+    } else {
+        $report{compile} = {ok => JSON::PP::true};
+        $report{load} = $result;
+    }
+    emit(\%report);
+}
+$report{compile} = {ok => JSON::PP::true};
+$report{load} = {ok => JSON::PP::true};
+
+my $entry = Qiro_plugin->can($method);
+$report{entry} = {name => $method, found => ($entry ? JSON::PP::true : JSON::PP::false),
+                  module => (%Qiro_plugin:: ? JSON::PP::true : JSON::PP::false)};
+emit(\%report) unless $entry;
+
+my @values = @ARGV[2 .. $#ARGV];
+my %request;
+if ($method eq 'run_preference') {
+    %request = (path => decode_argument($values[0]));
+} else {
+    my ($first, $second) = $method eq 'run_process' ? ('composition_string', 'reading_string')
+                                                    : ('candidate_string', 'composition_string');
+    %request = ($first => decode_argument($values[0]), $second => decode_argument($values[1]),
+                proxy_name => decode_argument($values[2]), proxy_port => int(url_decode($values[3])),
+                proxy_username => decode_argument($values[4]),
+                proxy_password => decode_argument($values[5]));
+    $request{path} = decode_argument($values[6]) if (scalar(@values) == 7);
+}
+
+# The bridge reads the result as a list of keys and values.
+my @returned = eval { $entry->(\%request) };
+if (my $error = $@) {
+    $report{call} = failure($error);
+    emit(\%report);
+}
+$report{call} = {ok => JSON::PP::true};
+if ($method eq 'run_process') {
+    my %shape = (keys => undef, candidate => undef, ok => JSON::PP::false);
+    if (scalar(@returned) == 1 && ref($returned[0])) {
+        $shape{type} = type_of($returned[0]);
+        $shape{keys} = [grep { defined } (sort keys %{$returned[0]})[0 .. 19]]
+            if ref($returned[0]) eq 'HASH';
+    } elsif (scalar(@returned) % 2 == 1) {
+        $shape{type} = 'list of ' . scalar(@returned) . ' values';
+    } else {
+        my %data = @returned;
+        $shape{type} = 'hash';
+        $shape{keys} = [grep { defined } (sort keys %data)[0 .. 19]];
+        if (exists($data{candidate})) {
+            $shape{candidate} = type_of($data{candidate});
+            $shape{ok} = ref($data{candidate}) eq 'ARRAY' ? JSON::PP::true : JSON::PP::false;
+        }
+        my @findings;
+        if (ref($data{candidate}) eq 'ARRAY') {
+            my $index = 0;
+            for my $item (@{$data{candidate}}) {
+                if ($index >= $CANDIDATE_LIMIT) {
+                    push(@findings, {index => $index, kept => JSON::PP::false, field => undef,
+                                     reason => 'beyond_limit', limit => $CANDIDATE_LIMIT});
+                    last;
+                }
+                if (ref($item) ne 'HASH') {
+                    push(@findings, {index => $index, kept => JSON::PP::false, field => undef,
+                                     reason => 'not_mapping', type => type_of($item)});
+                    $index++;
+                    next;
+                }
+                for my $rule (@FIELDS) {
+                    my ($field, $limit) = @{$rule};
+                    my $value = $item->{$field};
+                    my $is_hyoki = $field eq 'hyoki';
+                    if (!defined($value)) {
+                        push(@findings, {index => $index, kept => JSON::PP::false, field => $field,
+                                         reason => 'missing'}) if $is_hyoki;
+                        next;
+                    }
+                    if (ref($value)) {
+                        push(@findings, {index => $index, kept => JSON::PP::true, field => $field,
+                                         reason => 'wrong_type', type => type_of($value)});
+                        next;
+                    }
+                    my $text = Encode::is_utf8($value) ? $value : Encode::decode_utf8($value);
+                    if ($is_hyoki && $text eq '') {
+                        push(@findings, {index => $index, kept => JSON::PP::false, field => $field,
+                                         reason => 'empty'});
+                    } elsif ($limit != -1 && length($text) > $limit) {
+                        my $dropped = $field eq 'alternative' && defined($item->{alternative_type})
+                            && $item->{alternative_type} eq 'url_jump_string';
+                        push(@findings, {index => $index, kept => JSON::PP::true, field => $field,
+                                         reason => $dropped ? 'dropped_over_limit' : 'cut',
+                                         length => length($text), limit => $limit});
+                    }
+                }
+                $index++;
+            }
+        }
+        $report{candidates} = \@findings;
+    }
+    $report{returned} = \%shape;
+    $report{candidates} ||= [];
+}
+emit(\%report);

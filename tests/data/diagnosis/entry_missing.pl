@@ -1,0 +1,7 @@
+package Plugin;
+
+sub run_process {
+    return (candidate => [ { hyoki => "x" } ]);
+}
+
+1;

@@ -1,0 +1,2 @@
+def run_process(request):
+    return {"candidate": [{"hyoki": "x"}]}

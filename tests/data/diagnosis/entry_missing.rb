@@ -1,0 +1,3 @@
+def run_process(request)
+  { "candidate" => [{ "hyoki" => "x" }] }
+end

@@ -1,0 +1,8 @@
+package Qiro_plugin;
+
+sub run_process {
+    my ($request) = @_;
+    return (candidate => [ { hyoki => "x" } ]
+}
+
+1;

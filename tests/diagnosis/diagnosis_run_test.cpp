@@ -1,0 +1,213 @@
+#include "debugger/core/debug_runner.hpp"
+#include "debugger/core/pane_text_sink.hpp"
+#include "platform/command_runner.hpp"
+#include "support/scratch_folder.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <future>
+#include <optional>
+
+namespace qiro_plugin::debugger {
+namespace {
+
+namespace fs = std::filesystem;
+using diagnosis::finding;
+
+struct ignored_alerts : alert_sink {
+    void show_alert(const std::string&) override {}
+};
+
+// Real runs of the fixture plug-ins, in a home folder of their own.
+class diagnosis_run : public ::testing::Test {
+protected:
+    diagnosis_run() : m_saved_path(std::getenv("PATH")) {
+        ::setenv("HOME", m_home.path().c_str(), 1);
+    }
+    ~diagnosis_run() override { ::setenv("PATH", m_saved_path.c_str(), 1); }
+
+    static run_report run(const fs::path& a_folder, const std::string& a_file,
+                          probe_policy a_policy = probe_policy::after_failure) {
+        pane_text_sink panes;
+        ignored_alerts alerts;
+        debug_runner runner(panes, alerts);
+        runner.set_probe_policy(a_policy);
+        const std::string folder = a_folder.string() + "/";
+        return runner.run_debug(u"変換", {utf16_string(folder.begin(), folder.end()),
+                                          utf16_string(a_file.begin(), a_file.end())});
+    }
+
+    static const finding* find(const run_report& a_report, const std::string& a_code) {
+        for (const auto& item : a_report.findings) {
+            if (item.code == a_code) {
+                return &item;
+            }
+        }
+        return nullptr;
+    }
+
+    // The fixture's run has a finding of the code, placed in a_place_file at a_line.
+    static void expect_finding(const std::string& a_file, const std::string& a_code,
+                               std::optional<std::uint32_t> a_line, const run_report& a_report,
+                               const std::string& a_place_file) {
+        const finding* item = find(a_report, a_code);
+        std::string codes;
+        for (const auto& other : a_report.findings) {
+            codes += other.code + ": " + other.message + "\n";
+        }
+        ASSERT_NE(item, nullptr) << a_file << " gave\n" << codes;
+        EXPECT_EQ(item->line, a_line) << a_file << ": " << item->message;
+        if (a_line) {
+            ASSERT_TRUE(item->file) << a_file;
+            EXPECT_EQ(fs::path(*item->file).filename(), a_place_file) << a_file;
+        }
+        EXPECT_FALSE(item->message.empty()) << a_file;
+        EXPECT_EQ(item->message.find("0000"), std::string::npos)
+            << "no bridge file name: " << item->message;
+    }
+
+    test_support::scratch_folder m_home{"qiro-diagnosis"};
+    std::string m_saved_path;
+    const fs::path m_fixtures = fs::path(QIRO_TEST_DATA_DIR) / "diagnosis";
+};
+
+TEST_F(diagnosis_run, each_mistake_gives_its_code_and_place_in_every_language) {
+    struct row {
+        const char* file;
+        const char* code;
+        std::optional<std::uint32_t> line;
+    };
+    const row rows[] = {
+        {"syntax_error.py", "syntax_error", 4},
+        {"syntax_error.rb", "syntax_error", 3},
+        {"syntax_error.pl", "syntax_error", 6},
+        {"load_failed.py", "load_failed", 1},
+        {"load_failed.rb", "load_failed", 1},
+        {"load_failed.pl", "load_failed", 1},
+        {"entry_missing.py", "entry_missing", {}},
+        {"entry_missing.rb", "entry_missing", {}},
+        {"entry_missing.pl", "entry_missing", {}},
+        {"plugin_exception.py", "plugin_exception", 2},
+        {"plugin_exception.rb", "plugin_exception", 3},
+        {"plugin_exception.pl", "plugin_exception", 4},
+        {"stray_output.py", "stray_output", {}},
+        {"stray_output.rb", "stray_output", {}},
+        {"stray_output.pl", "stray_output", {}},
+        {"document_invalid.py", "document_invalid", {}},
+        {"document_invalid.rb", "document_invalid", {}},
+        {"document_invalid.pl", "document_invalid", {}},
+        {"not_utf8.py", "not_utf8", {}},
+        {"not_utf8.rb", "not_utf8", {}},
+        {"not_utf8.pl", "not_utf8", {}},
+        {"wrong_return_shape.py", "wrong_return_shape", {}},
+        {"wrong_return_shape.rb", "wrong_return_shape", {}},
+        {"wrong_return_shape.pl", "wrong_return_shape", {}},
+        {"candidate_dropped.py", "candidate_dropped", {}},
+        {"candidate_dropped.rb", "candidate_dropped", {}},
+        {"candidate_dropped.pl", "candidate_dropped", {}},
+        {"output_too_large.py", "output_too_large", {}},
+        {"output_too_large.rb", "output_too_large", {}},
+        {"output_too_large.pl", "output_too_large", {}},
+        {"stream_cut.py", "stream_cut", {}},
+        {"stream_cut.rb", "stream_cut", {}},
+        {"stream_cut.pl", "stream_cut", {}},
+        {"companion_xml_invalid.py", "companion_xml_invalid", 5},
+        {"companion_xml_invalid.rb", "companion_xml_invalid", 5},
+        {"companion_xml_invalid.pl", "companion_xml_invalid", 5},
+        {"no_language.txt", "no_language", {}},
+    };
+    // Three at a time: the runs wait on their interpreters far more than they compute.
+    for (std::size_t first = 0; first < std::size(rows); first += 3) {
+        const std::size_t end = std::min(first + 3, std::size(rows));
+        std::vector<std::future<run_report>> batch;
+        for (std::size_t index = first; index < end; ++index) {
+            batch.push_back(std::async(std::launch::async, [this, &rows, index] {
+                return run(m_fixtures, rows[index].file);
+            }));
+        }
+        for (std::size_t index = first; index < end; ++index) {
+            const auto& [file, code, line] = rows[index];
+            const std::string place =
+                std::string(code) == "companion_xml_invalid" ? "companion_xml_invalid.xml" : file;
+            expect_finding(file, code, line, batch[index - first].get(), place);
+        }
+    }
+}
+
+TEST_F(diagnosis_run, missing_and_slow_interpreters_are_named) {
+    const fs::path empty = m_home.path() / "empty-bin";
+    const fs::path shims = m_home.path() / "shim-bin";
+    fs::create_directories(empty);
+    fs::create_directories(shims);
+    // A shim that works for a while before it starts the real interpreter, as a version
+    // manager's does.
+    for (const auto& [command, real] :
+         {std::pair{"perl", "/usr/bin/perl"}, std::pair{"ruby", "/usr/bin/ruby"},
+          std::pair{"python", "/usr/bin/python3"}}) {
+        test_support::write_file(shims / command,
+                                 std::string("#!/bin/sh\ni=0\nwhile [ $i -lt 150000 ]; do "
+                                             "i=$((i+1)); done\nexec ") +
+                                     real + " \"$@\"\n");
+        fs::permissions(shims / command, fs::perms::owner_all);
+    }
+    for (const auto& [folder, code] :
+         {std::pair{empty, "interpreter_missing"}, std::pair{shims, "interpreter_slow"}}) {
+        ::setenv("PATH", (folder.string() + ":/usr/bin:/bin").c_str(), 1);
+        if (folder == empty) {
+            ::setenv("PATH", folder.c_str(), 1);
+        }
+        for (const char* file : {"good.py", "good.rb", "good.pl"}) {
+            expect_finding(file, code, {}, run(m_fixtures, file), file);
+        }
+    }
+}
+
+TEST_F(diagnosis_run, a_good_run_spawns_only_the_two_faithful_commands) {
+    const fs::path samples = fs::path(QIRO_BINARY_DIR) / "bin" / "plugin";
+    struct row {
+        fs::path folder;
+        const char* file;
+        probe_policy policy;
+        std::uint64_t commands; // syntax check, run, and the probe when there is one
+    };
+    const row rows[] = {
+        {samples, "sample_python.py", probe_policy::after_failure, 2},
+        {samples, "sample_ruby.rb", probe_policy::after_failure, 2},
+        {samples, "sample_perl.pl", probe_policy::after_failure, 2},
+        {samples, "sample_python.py", probe_policy::always, 3},
+        {m_fixtures, "wrong_return_shape.py", probe_policy::after_failure, 3},
+        {m_fixtures, "wrong_return_shape.py", probe_policy::never, 2},
+    };
+    for (const auto& [folder, file, policy, commands] : rows) {
+        const auto before = utility::started_command_count();
+        const auto report = run(folder, file, policy);
+        EXPECT_EQ(utility::started_command_count() - before, commands) << file;
+        if (folder == samples) {
+            EXPECT_FALSE(report.candidates.empty()) << file;
+            EXPECT_FALSE(diagnosis::has_error(report.findings)) << file;
+        }
+    }
+}
+
+TEST_F(diagnosis_run, a_hang_is_reported_with_its_partial_standard_error) {
+    const auto before = utility::started_command_count();
+    std::vector<std::future<run_report>> runs;
+    for (const char* file : {"timed_out.py", "timed_out.rb", "timed_out.pl"}) {
+        runs.push_back(
+            std::async(std::launch::async, [this, file] { return run(m_fixtures, file); }));
+    }
+    for (auto& pending : runs) {
+        const auto report = pending.get();
+        const finding* item = find(report, "timed_out");
+        ASSERT_NE(item, nullptr);
+        EXPECT_NE(item->hint.find("waiting for the server"), std::string::npos) << item->hint;
+        ASSERT_TRUE(report.timed_out_after_s);
+        EXPECT_GE(*report.timed_out_after_s, 30.0);
+    }
+    EXPECT_EQ(utility::started_command_count() - before, 6U) << "no probe of a hang";
+}
+
+} // namespace
+} // namespace qiro_plugin::debugger
