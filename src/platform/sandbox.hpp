@@ -42,6 +42,7 @@ public:
     ~sandbox_scope();
     sandbox_scope(const sandbox_scope&) = delete;
     sandbox_scope& operator=(const sandbox_scope&) = delete;
+    const sandbox_layout& layout() const { return m_layout; }
 
 private:
     sandbox_layout m_layout;

@@ -131,7 +131,17 @@ TEST(cli_sandbox, without_bubblewrap_nothing_runs_and_a_missing_interpreter_show
         EXPECT_THAT(refused.err, HasSubstr("install the package bubblewrap")) << command;
     }
 
+    // A bwrap that the kernel refuses a user namespace: the run is refused, not failed.
+    test_support::write_file(bin / "bwrap", "#!/bin/sh\necho 'bwrap: setting up uid map: "
+                                            "Permission denied' >&2\nexit 1\n");
+    fs::permissions(bin / "bwrap", fs::perms::owner_all);
+    const auto broken = box.run(
+        {"run", "--sandbox", "--plugin-folder", box.plugins().string(), "echo_request.py", "x"});
+    EXPECT_EQ(broken.status, 1);
+    EXPECT_THAT(broken.err, HasSubstr("user.max_user_namespaces above 0"));
+
     // With bwrap but no interpreter on PATH the confined run fails as the plain one does.
+    fs::remove(bin / "bwrap");
     fs::create_symlink("/usr/bin/bwrap", bin / "bwrap");
     std::vector<std::string> arguments{"run", "--json"};
     arguments.insert(arguments.end(), plugin.begin(), plugin.end());

@@ -49,6 +49,19 @@ TEST(sandbox_availability, a_refusal_names_the_package_or_the_setting_to_change)
     }
 }
 
+TEST(sandbox_availability, a_bwrap_that_cannot_set_up_a_sandbox_is_told_apart) {
+    EXPECT_EQ(sandbox_setup_error("/usr/bin/bwrap"), "");
+    // What bwrap says where the kernel refuses it a user namespace.
+    test_support::scratch_folder folder;
+    const auto refused = folder.path() / "bwrap";
+    test_support::write_file(refused, "#!/bin/sh\necho 'bwrap: setting up uid map: Permission "
+                                      "denied' >&2\nexit 1\n");
+    fs::permissions(refused, fs::perms::owner_all);
+    const std::string error = sandbox_setup_error(refused.string());
+    EXPECT_THAT(error, HasSubstr("could not set up a sandbox: bwrap: setting up uid map"));
+    EXPECT_THAT(error, HasSubstr("kernel.apparmor_restrict_unprivileged_userns=0"));
+}
+
 // A confined command that ignores SIGTERM and leaves a child behind, run on its own thread.
 class confined_hang {
 public:
