@@ -26,7 +26,7 @@ public:
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof(address);
         auto* generic = reinterpret_cast<sockaddr*>(&address);
-        if (::bind(m_fd, generic, size) != 0 || ::listen(m_fd, 16) != 0 ||
+        if (::bind(m_fd, generic, size) != 0 || ::listen(m_fd, SOMAXCONN) != 0 ||
             ::getsockname(m_fd, generic, &size) != 0) {
             throw std::runtime_error("no listener");
         }
@@ -53,8 +53,14 @@ std::string titles(const json& a_report) {
 
 TEST(cli_sandbox, a_confined_plugin_reaches_only_its_data_folder_and_the_network_it_was_given) {
     cli_sandbox box;
-    const fs::path folder = box.root() / "reach";
-    fs::copy(fs::path(QIRO_TEST_DATA_DIR) / "sandbox", folder);
+    const fs::path data_folder = box.home() / "Library/Preferences/QIRO Lumen";
+    // A plug-in folder of its own, one inside the writable data folder, one holding it.
+    const fs::path folders[] = {box.root() / "reach", data_folder / "reach",
+                                box.home() / "Library"};
+    for (const auto& folder : folders) {
+        fs::create_directories(folder);
+        fs::copy(fs::path(QIRO_TEST_DATA_DIR) / "sandbox", folder);
+    }
     test_support::write_file(box.home() / "secret.txt", "secret");
     local_listener listener;
     // A confined write to the home folder lands in the sandbox's private /tmp (where this
@@ -67,26 +73,27 @@ TEST(cli_sandbox, a_confined_plugin_reaches_only_its_data_folder_and_the_network
         {"--sandbox=nonet", "read:denied write:denied escape:ok data:ok connect:denied"},
         {"--json", "read:ok write:ok escape:ok data:ok connect:ok"},
     };
-    for (const char* plugin : {"reach.py", "reach.rb", "reach.pl"}) {
-        for (const auto& row : rows) {
-            SCOPED_TRACE(std::string(plugin) + " " + row.option);
-            const auto result =
-                box.run({"run", "--json", row.option, (folder / plugin).string(), listener.port});
-            ASSERT_EQ(result.status, 0) << result.err;
-            const auto report = report_of(result);
-            EXPECT_EQ(titles(report), row.seen);
-            const std::string option = row.option;
-            EXPECT_EQ(report["sandbox"], option == "--json"      ? "off"
-                                         : option == "--sandbox" ? "on"
-                                                                 : "nonet");
-            EXPECT_EQ(fs::exists(box.home() / "escaped.txt"), option == "--json");
-            fs::remove(box.home() / "escaped.txt");
+    for (const auto& folder : folders) {
+        for (const char* plugin : {"reach.py", "reach.rb", "reach.pl"}) {
+            for (const auto& row : rows) {
+                SCOPED_TRACE(folder.string() + " " + plugin + " " + row.option);
+                const auto result = box.run(
+                    {"run", "--json", row.option, (folder / plugin).string(), listener.port});
+                ASSERT_EQ(result.status, 0) << result.err;
+                const auto report = report_of(result);
+                EXPECT_EQ(titles(report), row.seen);
+                const std::string option = row.option;
+                EXPECT_EQ(report["sandbox"], option == "--json"      ? "off"
+                                             : option == "--sandbox" ? "on"
+                                                                     : "nonet");
+                EXPECT_EQ(fs::exists(box.home() / "escaped.txt"), option == "--json");
+                fs::remove(box.home() / "escaped.txt");
+            }
         }
     }
     // Nothing left behind: no bridge file, no process of the runs.
     const std::regex bridge_name("[0-9a-f]{40}\\.(py|rb|pl)");
-    for (const auto& entry :
-         fs::directory_iterator(box.home() / "Library/Preferences/QIRO Lumen")) {
+    for (const auto& entry : fs::directory_iterator(data_folder)) {
         EXPECT_FALSE(std::regex_match(entry.path().filename().string(), bridge_name))
             << entry.path();
     }
