@@ -1,5 +1,6 @@
 #include "platform/sandbox.hpp"
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <sys/stat.h>
@@ -74,11 +75,21 @@ std::vector<std::string> sandbox_command(const sandbox_layout& a_layout,
         // Where /etc/resolv.conf points on systems that run systemd-resolved.
         add(arguments, {"--ro-bind-try", "/run/systemd/resolve", "/run/systemd/resolve"});
     }
+    // Outer folders first: a folder inside another is mounted over it and keeps its own
+    // access, whichever of the two is the writable one.
+    std::vector<std::pair<std::string, const char*>> mounts;
     for (const auto& folder : a_layout.read_write) {
-        add(arguments, {"--bind", folder, folder});
+        mounts.emplace_back(folder, "--bind");
     }
     for (const auto& folder : a_layout.read_only) {
-        add(arguments, {"--ro-bind", folder, folder});
+        mounts.emplace_back(folder, "--ro-bind");
+    }
+    std::stable_sort(mounts.begin(), mounts.end(), [](const auto& a_left, const auto& a_right) {
+        return std::count(a_left.first.begin(), a_left.first.end(), '/') <
+               std::count(a_right.first.begin(), a_right.first.end(), '/');
+    });
+    for (const auto& [folder, option] : mounts) {
+        add(arguments, {option, folder, folder});
     }
     // The folders made on the way to the mounts (the home folder itself, say) stay empty.
     add(arguments, {"--remount-ro", "/"});

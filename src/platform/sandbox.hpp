@@ -18,8 +18,7 @@ const char* sandbox_mode_name(sandbox_mode a_mode);
 std::optional<sandbox_mode> sandbox_mode_from_name(std::string_view a_name);
 
 // What a confined command sees of the file system beyond the read-only system and a private
-// /tmp. Folders are absolute; writable ones are mounted first, so a read-only folder inside
-// a writable one stays read-only.
+// /tmp. Folders are absolute, without a final "/"; one inside another keeps its own access.
 struct sandbox_layout {
     sandbox_mode mode = sandbox_mode::off;
     std::string tool; // the bwrap executable, an absolute path
@@ -42,6 +41,7 @@ public:
     ~sandbox_scope();
     sandbox_scope(const sandbox_scope&) = delete;
     sandbox_scope& operator=(const sandbox_scope&) = delete;
+    const sandbox_layout& layout() const { return m_layout; }
 
 private:
     sandbox_layout m_layout;

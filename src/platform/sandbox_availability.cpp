@@ -65,29 +65,6 @@ const char* const namespace_settings =
     "AppArmor's restriction, kernel.apparmor_restrict_unprivileged_userns=0 or an AppArmor "
     "profile that lets bwrap create them";
 
-// Starts bwrap on an empty confined command, as a run would start it.
-std::string try_sandbox(const std::string& a_tool) {
-    sandbox_layout layout;
-    layout.mode = sandbox_mode::nonet;
-    layout.tool = a_tool;
-    std::string line;
-    for (const auto& argument : sandbox_command(layout, "/", {"/bin/true"})) {
-        line += shell_quoted(argument) + " ";
-    }
-    line += std::string("&& echo ") + ready_mark;
-    std::vector<char> output;
-    std::vector<char> error;
-    const sandbox_scope unconfined{sandbox_layout{}};
-    if (run_command(line, {}, output, error, true) != 0) {
-        return "bubblewrap (" + a_tool + ") could not be started";
-    }
-    if (std::string(output.begin(), output.end()).find(ready_mark) != std::string::npos) {
-        return {};
-    }
-    return "bubblewrap (" + a_tool + ") could not set up a sandbox: " + first_line(error) + "; " +
-           namespace_settings;
-}
-
 } // namespace
 
 sandbox_host sandbox_host::current_process() {
@@ -125,10 +102,6 @@ sandbox_availability check_sandbox(const sandbox_host& a_host) {
             return result;
         }
     }
-    if (std::string failure = try_sandbox(tool); !failure.empty()) {
-        result.error = std::move(failure);
-        return result;
-    }
     result.tool = tool;
     return result;
 }
@@ -148,6 +121,28 @@ sandbox_availability check_sandbox() {
         working_tool = result.tool;
     }
     return result;
+}
+
+std::string sandbox_setup_error(const std::string& a_tool) {
+    sandbox_layout layout;
+    layout.mode = sandbox_mode::nonet;
+    layout.tool = a_tool;
+    std::string line;
+    for (const auto& argument : sandbox_command(layout, "/", {"/bin/true"})) {
+        line += shell_quoted(argument) + " ";
+    }
+    line += std::string("&& echo ") + ready_mark;
+    std::vector<char> output;
+    std::vector<char> error;
+    const sandbox_scope unconfined{sandbox_layout{}};
+    if (run_command(line, {}, output, error, true) != 0) {
+        return "bubblewrap (" + a_tool + ") could not be started";
+    }
+    if (std::string(output.begin(), output.end()).find(ready_mark) != std::string::npos) {
+        return {};
+    }
+    return "bubblewrap (" + a_tool + ") could not set up a sandbox: " + first_line(error) + "; " +
+           namespace_settings;
 }
 
 } // namespace qiro_plugin::utility

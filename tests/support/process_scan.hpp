@@ -1,9 +1,9 @@
 #pragma once
 // Finds running processes by what their command lines hold, to see that none was left behind.
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include "support/scratch_folder.hpp"
+
+#include <cctype>
 #include <string>
 
 namespace test_support {
@@ -15,17 +15,13 @@ inline int processes_mentioning(const std::string& a_marker) {
     // Processes come and go while the folder is read: step on without throwing.
     for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end;
          entry.increment(error)) {
-        if (entry->path().filename().string().find_first_not_of("0123456789") !=
-            std::string::npos) {
-            continue;
+        if (!std::isdigit(static_cast<unsigned char>(entry->path().filename().string()[0]))) {
+            continue; // /proc/sys and the like, folders that cannot be read as files
         }
-        std::ifstream command_file(entry->path() / "cmdline", std::ios::binary);
-        const std::string command{std::istreambuf_iterator<char>(command_file), {}};
-        std::ifstream stat_file(entry->path() / "stat");
-        const std::string stat{std::istreambuf_iterator<char>(stat_file), {}};
+        const std::string stat = read_file(entry->path() / "stat");
         const auto state = stat.rfind(") ");
-        const bool zombie = state != std::string::npos && stat.compare(state + 2, 1, "Z") == 0;
-        found += !zombie && command.find(a_marker) != std::string::npos ? 1 : 0;
+        found += state != std::string::npos && stat[state + 2] != 'Z' &&
+                 read_file(entry->path() / "cmdline").find(a_marker) != std::string::npos;
     }
     return found;
 }

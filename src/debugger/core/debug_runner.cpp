@@ -119,6 +119,9 @@ struct debug_runner::impl {
             evidence.syntax_check = attempt.syntax_check;
             if (!instance) {
                 m_sink.stop_progress();
+                if (confinement && refuse_broken_sandbox(*confinement, report)) {
+                    return report;
+                }
                 report.result = run_report::outcome::not_run;
                 finish(report, evidence, probe_values, started);
                 return report;
@@ -285,6 +288,20 @@ struct debug_runner::impl {
         } catch (const std::exception&) {
             // The diagnosis only explains; it never turns a run into a failure.
         }
+    }
+
+    // After a confined command failed: when bwrap itself cannot set up a sandbox here, the run
+    // is refused, with what to change, rather than shown as a plug-in that failed.
+    static bool refuse_broken_sandbox(const utility::sandbox_scope& a_confinement,
+                                      run_report& a_report) {
+        std::string error = utility::sandbox_setup_error(a_confinement.layout().tool);
+        if (error.empty()) {
+            return false;
+        }
+        a_report.result = run_report::outcome::refused;
+        a_report.refusal = std::move(error);
+        a_report.sandbox_unavailable = true;
+        return true;
     }
 
     static void collect_candidates(const abstract_qiro_plugin_instance& a_instance,
