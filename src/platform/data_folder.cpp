@@ -62,7 +62,9 @@ std::string get_qiro_lumen_data_folder() {
         throw std::runtime_error("utility::get_qiro_user_folder() call error1");
     }
     // Whatever already lies there is taken as it is; only a missing entry is created.
-    if (!detail::find_entry(*folder).exists && !detail::create_folder(*folder, std::nullopt)) {
+    // Another run in this process may create it at the same moment: that one counts too.
+    if (!detail::find_entry(*folder).exists && !detail::create_folder(*folder, std::nullopt) &&
+        !detail::find_entry(*folder).is_folder) {
         throw std::runtime_error("utility::get_qiro_user_folder() call error2");
     }
     return *folder;
@@ -75,7 +77,8 @@ utf16_string create_plugin_preference_path(const utf16_string& a_name) {
         return {};
     }
     const std::string folder = detail::with_final_slash(data_folder + name);
-    if (!detail::find_entry(folder).exists && !detail::create_folder(folder, plugin_folder_mode)) {
+    if (!detail::find_entry(folder).exists && !detail::create_folder(folder, plugin_folder_mode) &&
+        !detail::find_entry(folder).is_folder) {
         return {};
     }
     return string_encode::MultiByteFilePathToWideChar(folder.c_str());
