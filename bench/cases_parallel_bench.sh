@@ -3,6 +3,7 @@
 # so that both meet the same load; the interpreter's bare start is timed in the same run as the
 # floor each case pays twice (syntax check, run). Prints medians in seconds and the ratio.
 # Usage: bench/cases_parallel_bench.sh [BUILD_DIR] [ROUNDS] [SAMPLE]
+# SAMPLE is a file of plugin/ (sample_python.py unless given) or waiting.py (made here).
 set -euo pipefail
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -24,7 +25,15 @@ trap 'cd / && rm -rf "$scratch"' EXIT
 export HOME="$scratch/home"
 export QIRO_MACHINE_PREFERENCES_DIR="$scratch/machine"
 mkdir -p "$HOME" "$QIRO_MACHINE_PREFERENCES_DIR" "$scratch/plugins"
-cp "$root/plugin/${sample%.*}".* "$scratch/plugins/"
+if [[ "$sample" == waiting.py ]]; then
+    # A plug-in that waits 100 ms (as on a network) and uses little CPU: what -j gains when the
+    # cores are not the limit.
+    printf '%s\n' 'import time' '' '' 'def qiro_plugin_run_process(request):' \
+        '    time.sleep(0.1)' '    return {"candidate": [{"hyoki": request["composition_string"]}]}' \
+        > "$scratch/plugins/waiting.py"
+else
+    cp "$root/plugin/${sample%.*}".* "$scratch/plugins/"
+fi
 # 100 written forms, each case expecting the form itself first.
 {
     echo '{"cases": ['

@@ -93,8 +93,13 @@ std::vector<case_outcome> run_cases(const std::vector<case_job>& a_jobs,
             const auto& job = a_jobs[index];
             const auto started = std::chrono::steady_clock::now();
             case_outcome outcome;
-            outcome.run = run_case(*job.the_case, job.file->plugin);
-            outcome.check = check_case(*job.the_case, outcome.run);
+            if (a_options.stop != nullptr && a_options.stop->load()) {
+                outcome.skipped = true;
+                outcome.check.problems.push_back("not run: the session was stopped");
+            } else {
+                outcome.run = run_case(*job.the_case, job.file->plugin);
+                outcome.check = check_case(*job.the_case, outcome.run);
+            }
             outcome.seconds =
                 std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
             {

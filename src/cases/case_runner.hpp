@@ -4,6 +4,7 @@
 #include "cases/case_check.hpp"
 #include "cases/case_file.hpp"
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <vector>
@@ -20,6 +21,7 @@ struct case_outcome {
     case_run run;
     check_result check;
     double seconds = 0.0;
+    bool skipped = false; // not run: the session was stopped first
 };
 
 // The faithful run a case asks for: a fresh debug_runner with its own panes.
@@ -32,6 +34,8 @@ struct run_options {
     std::function<void(std::size_t a_index, const case_outcome& a_outcome)> on_done;
     // Called on the calling thread about every 50 ms while it waits (a window repaints here).
     std::function<void()> on_wait;
+    // Once set, no further case starts; the ones not started come back skipped.
+    const std::atomic<bool>* stop = nullptr;
 };
 
 // Runs every job, each on a worker thread, and returns the outcomes in the order of the list.

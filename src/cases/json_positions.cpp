@@ -20,17 +20,19 @@ public:
         }
     }
 
-    void value(const std::string& a_pointer) {
+    void value(const std::string& a_pointer, std::size_t a_depth = 0) {
         skip_space();
         m_offsets.emplace(a_pointer, m_at);
         if (m_at >= m_text.size()) {
             return;
         }
         const char first = m_text[m_at];
-        if (first == '{') {
-            object(a_pointer);
+        if ((first == '{' || first == '[') && a_depth >= depth_limit) {
+            skip_nested();
+        } else if (first == '{') {
+            object(a_pointer, a_depth);
         } else if (first == '[') {
-            array(a_pointer);
+            array(a_pointer, a_depth);
         } else if (first == '"') {
             string();
         } else {
@@ -42,7 +44,25 @@ public:
     }
 
 private:
-    void object(const std::string& a_pointer) {
+    // Nothing in a cases file lies this deep; deeper values are passed over without recursion,
+    // so that a hostile nesting cannot exhaust the stack.
+    static constexpr std::size_t depth_limit = 32;
+
+    void skip_nested() {
+        std::size_t open = 0;
+        do {
+            const char c = m_text[m_at];
+            if (c == '"') {
+                string();
+                continue;
+            }
+            open += (c == '{' || c == '[') ? 1 : 0;
+            open -= (c == '}' || c == ']') ? 1 : 0;
+            ++m_at;
+        } while (open > 0 && m_at < m_text.size());
+    }
+
+    void object(const std::string& a_pointer, std::size_t a_depth) {
         ++m_at;
         while (true) {
             skip_space();
@@ -60,11 +80,11 @@ private:
                                  .get<std::string>();
             skip_space();
             ++m_at; // the colon
-            value(a_pointer + "/" + escaped(key));
+            value(a_pointer + "/" + escaped(key), a_depth + 1);
         }
     }
 
-    void array(const std::string& a_pointer) {
+    void array(const std::string& a_pointer, std::size_t a_depth) {
         ++m_at;
         for (std::size_t index = 0;; ++index) {
             skip_space();
@@ -75,7 +95,7 @@ private:
             if (m_text[m_at] == ',') {
                 ++m_at;
             }
-            value(a_pointer + "/" + std::to_string(index));
+            value(a_pointer + "/" + std::to_string(index), a_depth + 1);
         }
     }
 

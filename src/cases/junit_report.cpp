@@ -125,7 +125,7 @@ std::string junit_xml(const std::vector<suite_result>& a_suites) {
             suite_seconds += time;
             cases << "    <testcase" << attribute("name", the_case.name)
                   << attribute("classname", class_name) << attribute("time", seconds_text(time));
-            if (outcome == nullptr) {
+            if (outcome == nullptr || outcome->skipped) {
                 ++suite_skipped;
                 cases << ">\n      <skipped/>\n    </testcase>\n";
                 continue;

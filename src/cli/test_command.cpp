@@ -4,8 +4,11 @@
 #include "cases/case_snapshot.hpp"
 #include "cases/junit_report.hpp"
 #include "cli/cli_support.hpp"
+#include "platform/command_runner.hpp"
 #include "text/string_encode.hpp"
 
+#include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +21,30 @@ namespace qiro_plugin::cli {
 namespace {
 
 namespace fs = std::filesystem;
+
+// Set by an interrupt: the cases running are ended and no further one starts, so that each run
+// still removes its bridge file on its way out.
+std::atomic<bool> g_interrupted{false};
+
+void stop_session(int) {
+    g_interrupted = true;
+    utility::kill_running_commands();
+}
+
+// SIGINT, SIGTERM and SIGHUP stop the session instead of ending the process at once; a signal
+// the caller chose to ignore stays ignored.
+void stop_session_on_termination_signals() {
+    struct sigaction action {};
+    action.sa_handler = stop_session;
+    sigemptyset(&action.sa_mask);
+    for (const int signal_number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction previous {};
+        if (sigaction(signal_number, nullptr, &previous) == 0 && previous.sa_handler == SIG_IGN) {
+            continue;
+        }
+        sigaction(signal_number, &action, nullptr);
+    }
+}
 using cases::cases_file;
 
 struct session {
@@ -113,6 +140,10 @@ void print_problems(const cases_file& a_file) {
 
 void print_outcome(const cases_file& a_file, const cases::test_case& a_case,
                    const cases::case_outcome& a_outcome) {
+    if (a_outcome.skipped) {
+        std::cout << "SKIP " << file_label(a_file) << ": " << a_case.name << '\n';
+        return;
+    }
     char seconds[32];
     std::snprintf(seconds, sizeof seconds, "%.2f s", a_outcome.seconds);
     std::cout << (a_outcome.check.passed ? "PASS " : "FAIL ") << file_label(a_file) << ": "
@@ -136,6 +167,9 @@ bool wanted(const test_options& a_options, const cases::test_case& a_case) {
 }
 
 } // namespace
+
+// What a shell reports for a command ended by SIGINT.
+constexpr int exit_interrupted = 130;
 
 int command_test(const test_options& a_options) {
     session found;
@@ -182,12 +216,24 @@ int command_test(const test_options& a_options) {
         }
     }
 
+    stop_session_on_termination_signals();
     cases::run_options options;
     options.jobs = a_options.jobs;
+    options.stop = &g_interrupted;
+    // A command started between the interrupt and its kill is ended here.
+    options.on_wait = [] {
+        if (g_interrupted) {
+            utility::kill_running_commands();
+        }
+    };
     options.on_done = [&](std::size_t a_index, const cases::case_outcome& a_outcome) {
         print_outcome(*jobs[a_index].file, *jobs[a_index].the_case, a_outcome);
     };
     const auto outcomes = cases::run_cases(jobs, options);
+    if (g_interrupted) {
+        print_error("interrupted: the cases not yet run were skipped");
+        return exit_interrupted;
+    }
 
     std::size_t passed = 0;
     std::size_t failed = 0;
@@ -212,6 +258,12 @@ int command_test(const test_options& a_options) {
                 }
             }
             if (runs.empty()) {
+                continue;
+            }
+            // Rewriting a file means rewriting its broken parts too: those are the author's to fix.
+            if (!found.files[file]->problems.empty()) {
+                print_error("not updating " + found.files[file]->path.string() +
+                            ": fix the errors above first");
                 continue;
             }
             const auto changes = cases::update_expectations(*found.files[file], runs);

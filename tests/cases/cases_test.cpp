@@ -60,6 +60,10 @@ TEST(cases_file, names_the_line_and_column_of_each_problem) {
         EXPECT_THAT(many, HasSubstr(part));
     }
     EXPECT_EQ(parse_cases_text(rows[9].text, "x", {}).cases.size(), 0u);
+    // A hostile nesting is one more problem, not a crash.
+    const std::string deep = std::string(200000, '[') + std::string(200000, ']');
+    EXPECT_THAT(problems_of("{\"cases\": [{\"name\": \"a\", \"written_form\": " + deep + "}]}"),
+                HasSubstr("\"written_form\" must be a string"));
 }
 
 TEST(cases_file, reads_every_kind_of_case_and_finds_its_plugin) {
