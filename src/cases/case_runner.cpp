@@ -99,6 +99,11 @@ std::vector<case_outcome> run_cases(const std::vector<case_job>& a_jobs,
             } else {
                 outcome.run = run_case(*job.the_case, job.file->plugin);
                 outcome.check = check_case(*job.the_case, outcome.run);
+                // A run whose commands the stop ended says nothing about the plug-in.
+                if (a_options.stop != nullptr && a_options.stop->load()) {
+                    outcome.skipped = true;
+                    outcome.check = {false, {"ended when the session was stopped"}, {}};
+                }
             }
             outcome.seconds =
                 std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
