@@ -183,7 +183,13 @@ int command_test(const test_options& a_options) {
         found.add_folder(folder);
     }
     for (const auto& path : a_options.paths) {
-        found.add_path(path);
+        // A bare file name names a plug-in of the plug-in folder first, as for "run".
+        std::error_code error;
+        const fs::path in_folder =
+            fs::path(to_utf8(chosen_plugin_folder(a_options.plugin_folder))) / path;
+        const bool bare = path.find('/') == std::string::npos && !path.empty() && path != "." &&
+                          path != "..";
+        found.add_path(bare && fs::exists(in_folder, error) ? in_folder.string() : path);
     }
     if (found.bad_usage) {
         return exit_bad_usage;
