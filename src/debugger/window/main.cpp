@@ -44,6 +44,9 @@ int main(int argc, char* argv[]) {
         [&controller] { return controller.menu_model().selected_plugin(); }, cases_dock);
     cases_dock->setWidget(cases);
     controller.window()->addDockWidget(Qt::BottomDockWidgetArea, cases_dock);
+    // The window grows by the tab rather than squeezing the output panes.
+    controller.window()->resize(controller.window()->width(),
+                                controller.window()->height() + cases_dock->sizeHint().height());
     // Connected after the controller's own handlers, so the tab reads the new selection.
     if (auto* menu = controller.window()->findChild<QComboBox*>(
             QStringLiteral("m_loaded_plusins_popup_button"))) {
