@@ -187,8 +187,8 @@ int command_test(const test_options& a_options) {
         std::error_code error;
         const fs::path in_folder =
             fs::path(to_utf8(chosen_plugin_folder(a_options.plugin_folder))) / path;
-        const bool bare = path.find('/') == std::string::npos && !path.empty() && path != "." &&
-                          path != "..";
+        const bool bare =
+            path.find('/') == std::string::npos && !path.empty() && path != "." && path != "..";
         found.add_path(bare && fs::exists(in_folder, error) ? in_folder.string() : path);
     }
     if (found.bad_usage) {
