@@ -8,6 +8,7 @@
 #include "cli/run_commands.hpp"
 #include "cli/sandbox_option.hpp"
 #include "cli/settings_commands.hpp"
+#include "cli/test_command.hpp"
 #include "debugger/core/localized_texts.hpp"
 #include "platform/termination_signals.hpp"
 
@@ -111,6 +112,23 @@ int main(int argc, char** argv) {
     settings_set->add_flag("--password-stdin", password_stdin,
                            "read the proxy password from standard input");
 
+    test_options tests;
+    auto* test = app.add_subcommand(
+        "test", "Run the cases kept beside plug-ins (NAME.cases.json beside NAME.py) and report "
+                "which pass.\nExit status: 0 all passed; 1 a case failed; 2 bad usage or a bad "
+                "cases file.");
+    test->add_option("PATH", tests.paths,
+                     "plug-ins, cases files or folders (default: the plug-in folder)");
+    test->add_option("-j,--jobs", tests.jobs, "cases run at once (default: one per core)")
+        ->check(CLI::Range(1u, 256u));
+    test->add_option("--junit", tests.junit_file, "also write JUnit XML for CI to FILE");
+    test->add_flag("--update", tests.update,
+                   "write what the runs gave as the cases' expectations, and show the changes");
+    test->add_option("--case", tests.case_names, "run only the case of this name (repeatable)")
+        ->allow_extra_args(false);
+    test->add_option("--plugin-folder", tests.plugin_folder, folder_help);
+    add_sandbox_option(*test, tests.sandbox);
+
     std::string language;
     auto* bridge =
         app.add_subcommand("bridge", "Print a language's bridge script, to run it by hand: "
@@ -167,6 +185,9 @@ int main(int argc, char** argv) {
                 return exit_bad_usage;
             }
             return command_settings_set(assignments, password_stdin);
+        }
+        if (*test) {
+            return command_test(tests);
         }
         if (*bridge) {
             return command_bridge(language);

@@ -3,6 +3,7 @@
 #include "platform/folder_access.hpp"
 #include "text/string_encode.hpp"
 
+#include <cerrno>
 #include <cstdlib>
 #include <optional>
 #include <pwd.h>
@@ -63,7 +64,9 @@ std::string get_qiro_lumen_data_folder() {
         throw std::runtime_error("utility::get_qiro_user_folder() call error1");
     }
     // Whatever already lies there is taken as it is; only a missing entry is created.
-    if (!detail::find_entry(*folder).exists && !detail::create_folder(*folder, std::nullopt)) {
+    // Another run in this process may create it at the same moment: that one counts too.
+    if (!detail::find_entry(*folder).exists && !detail::create_folder(*folder, std::nullopt) &&
+        !detail::find_entry(*folder).is_folder) {
         throw std::runtime_error("utility::get_qiro_user_folder() call error2");
     }
     return *folder;
@@ -82,9 +85,13 @@ utf16_string create_plugin_preference_path(const utf16_string& a_name) {
     }
     const std::string folder = detail::with_final_slash(data_folder + name);
     if (!detail::find_entry(folder).exists) {
-        // Only this folder is made: its parent, the data folder, exists by now.
-        if (::mkdir(folder.c_str(), plugin_folder_mode) != 0 ||
-            ::chmod(folder.c_str(), plugin_folder_mode) != 0) {
+        // Only this folder is made: its parent, the data folder, exists by now. Another run may
+        // make it at the same moment, which is as good.
+        if (::mkdir(folder.c_str(), plugin_folder_mode) == 0) {
+            if (::chmod(folder.c_str(), plugin_folder_mode) != 0) {
+                return {};
+            }
+        } else if (errno != EEXIST || !detail::find_entry(folder).is_folder) {
             return {};
         }
     }

@@ -39,6 +39,10 @@
 <context>
     <name>command_line</name>
     <message>
+        <source>Cases</source>
+        <translation>ケース</translation>
+    </message>
+    <message>
         <source>Runs qiro candidate script plug-ins as the plug-in manager would.</source>
         <translation>qiro の候補スクリプトプラグインを、プラグインマネージャと同じように実行します。</translation>
     </message>

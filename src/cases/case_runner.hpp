@@ -1,0 +1,48 @@
+#pragma once
+// Runs cases as the plug-in manager runs plug-ins, several at once.
+
+#include "cases/case_check.hpp"
+#include "cases/case_file.hpp"
+#include "platform/sandbox.hpp"
+
+#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+namespace qiro_plugin::cases {
+
+// One case to run, with the plug-in it belongs to.
+struct case_job {
+    const cases_file* file = nullptr;
+    const test_case* the_case = nullptr;
+};
+
+struct case_outcome {
+    case_run run;
+    check_result check;
+    double seconds = 0.0;
+    bool skipped = false; // not run: the session was stopped first
+};
+
+// The faithful run a case asks for: a fresh debug_runner with its own panes.
+case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
+                  utility::sandbox_mode a_sandbox = utility::sandbox_mode::off);
+
+struct run_options {
+    unsigned jobs = 0; // at most this many cases at once; 0: one per core
+    utility::sandbox_mode sandbox = utility::sandbox_mode::off; // for every case's run
+    // Called on the calling thread for each case in the order of the list, as soon as it and
+    // the ones before it are done.
+    std::function<void(std::size_t a_index, const case_outcome& a_outcome)> on_done;
+    // Called on the calling thread about every 50 ms while it waits (a window repaints here).
+    std::function<void()> on_wait;
+    // Once set, no further case starts; the ones not started come back skipped.
+    const std::atomic<bool>* stop = nullptr;
+};
+
+// Runs every job, each on a worker thread, and returns the outcomes in the order of the list.
+std::vector<case_outcome> run_cases(const std::vector<case_job>& a_jobs,
+                                    const run_options& a_options);
+
+} // namespace qiro_plugin::cases

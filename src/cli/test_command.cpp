@@ -1,0 +1,317 @@
+#include "cli/test_command.hpp"
+
+#include "cases/case_runner.hpp"
+#include "cases/case_snapshot.hpp"
+#include "cases/junit_report.hpp"
+#include "cli/cli_support.hpp"
+#include "cli/sandbox_option.hpp"
+#include "platform/command_runner.hpp"
+#include "text/string_encode.hpp"
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <set>
+
+namespace qiro_plugin::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Set by an interrupt: the cases running are ended and no further one starts, so that each run
+// still removes its bridge file on its way out.
+std::atomic<bool> g_interrupted{false};
+
+void stop_session(int) {
+    g_interrupted = true;
+    utility::kill_running_commands();
+}
+
+// SIGINT, SIGTERM and SIGHUP stop the session instead of ending the process at once; a signal
+// the caller chose to ignore stays ignored.
+void stop_session_on_termination_signals() {
+    struct sigaction action {};
+    action.sa_handler = stop_session;
+    sigemptyset(&action.sa_mask);
+    for (const int signal_number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction previous {};
+        if (sigaction(signal_number, nullptr, &previous) == 0 && previous.sa_handler == SIG_IGN) {
+            continue;
+        }
+        sigaction(signal_number, &action, nullptr);
+    }
+}
+using cases::cases_file;
+
+struct session {
+    std::vector<std::unique_ptr<cases_file>> files;
+    std::set<fs::path> seen;
+    bool bad_usage = false;
+
+    void add(const fs::path& a_cases, const std::optional<fs::path>& a_plugin) {
+        std::error_code error;
+        const fs::path canonical = fs::weakly_canonical(a_cases, error);
+        if (!seen.insert(error ? a_cases : canonical).second) {
+            return;
+        }
+        debugger::plugin_entry plugin;
+        if (a_plugin) {
+            std::string folder = a_plugin->parent_path().string();
+            if (folder.empty() || folder.back() != '/') {
+                folder += '/';
+            }
+            plugin = {
+                string_encode::MultiByteFilePathToWideChar(folder.c_str()),
+                string_encode::MultiByteFilePathToWideChar(a_plugin->filename().string().c_str())};
+        }
+        auto file = std::make_unique<cases_file>(cases::read_cases_file(a_cases, plugin));
+        if (!a_plugin) {
+            file->cases.clear();
+            file->problems.push_back({0, 0,
+                                      "no plug-in beside it (" + file->path.stem().stem().string() +
+                                          ".pl, .py or .rb)"});
+        }
+        files.push_back(std::move(file));
+    }
+
+    // Every plug-in of the folder with a cases file, and every cases file without a plug-in.
+    void add_folder(const fs::path& a_folder) {
+        const auto folder = string_encode::MultiByteFilePathToWideChar(
+            (a_folder.string() + (a_folder.string().ends_with('/') ? "" : "/")).c_str());
+        for (const auto& [plugin_folder, name] :
+             debugger::find_plugin_module(folder, debugger::plugin_extensions())) {
+            const fs::path plugin = fs::path(to_utf8(plugin_folder)) / to_utf8(name);
+            std::error_code error;
+            if (fs::is_regular_file(cases::cases_path_for(plugin), error)) {
+                add(cases::cases_path_for(plugin), plugin);
+            }
+        }
+        std::error_code error;
+        std::vector<fs::path> orphans;
+        for (const auto& entry : fs::directory_iterator(a_folder, error)) {
+            const std::string name = entry.path().filename().string();
+            if (name.ends_with(".cases.json") && !cases::plugin_for_cases(entry.path())) {
+                orphans.push_back(entry.path());
+            }
+        }
+        std::sort(orphans.begin(), orphans.end());
+        for (const auto& orphan : orphans) {
+            add(orphan, std::nullopt);
+        }
+    }
+
+    void add_path(const std::string& a_path) {
+        std::error_code error;
+        const fs::path path = fs::absolute(a_path, error).lexically_normal();
+        if (fs::is_directory(path, error)) {
+            add_folder(path);
+        } else if (!fs::is_regular_file(path, error)) {
+            print_error("no file or folder \"" + a_path + "\"");
+            bad_usage = true;
+        } else if (path.filename().string().ends_with(".cases.json")) {
+            add(path, cases::plugin_for_cases(path));
+        } else if (fs::is_regular_file(cases::cases_path_for(path), error)) {
+            add(cases::cases_path_for(path), path);
+        } else {
+            print_error("no cases file for " + a_path + ": write them into " +
+                        cases::cases_path_for(path).string());
+            bad_usage = true;
+        }
+    }
+};
+
+std::string file_label(const cases_file& a_file) {
+    return a_file.path.filename().string();
+}
+
+void print_problems(const cases_file& a_file) {
+    for (const auto& problem : a_file.problems) {
+        std::string place = a_file.path.string();
+        if (problem.line > 0) {
+            place += ":" + std::to_string(problem.line) + ":" + std::to_string(problem.column);
+        }
+        std::cerr << place << ": error: " << problem.message << '\n';
+    }
+}
+
+void print_outcome(const cases_file& a_file, const cases::test_case& a_case,
+                   const cases::case_outcome& a_outcome) {
+    if (a_outcome.skipped) {
+        std::cout << "SKIP " << file_label(a_file) << ": " << a_case.name << '\n';
+        return;
+    }
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%.2f s", a_outcome.seconds);
+    std::cout << (a_outcome.check.passed ? "PASS " : "FAIL ") << file_label(a_file) << ": "
+              << a_case.name << " (" << seconds << ")\n";
+    for (const auto& problem : a_outcome.check.problems) {
+        std::cout << "    " << problem << '\n';
+    }
+    if (!a_outcome.check.diff.empty()) {
+        std::cout << "    candidates (- expected, + actual):\n";
+        for (const auto& line : a_outcome.check.diff) {
+            std::cout << "    " << line << '\n';
+        }
+    }
+    std::cout.flush();
+}
+
+bool wanted(const test_options& a_options, const cases::test_case& a_case) {
+    return a_options.case_names.empty() ||
+           std::find(a_options.case_names.begin(), a_options.case_names.end(), a_case.name) !=
+               a_options.case_names.end();
+}
+
+} // namespace
+
+// What a shell reports for a command ended by SIGINT.
+constexpr int exit_interrupted = 130;
+
+int command_test(const test_options& a_options) {
+    session found;
+    if (a_options.paths.empty()) {
+        const std::string folder = to_utf8(chosen_plugin_folder(a_options.plugin_folder));
+        std::error_code error;
+        if (!fs::is_directory(folder, error)) {
+            print_error("no plug-in folder " + folder);
+            return exit_bad_usage;
+        }
+        found.add_folder(folder);
+    }
+    for (const auto& path : a_options.paths) {
+        // A bare file name names a plug-in of the plug-in folder first, as for "run".
+        std::error_code error;
+        const fs::path in_folder =
+            fs::path(to_utf8(chosen_plugin_folder(a_options.plugin_folder))) / path;
+        const bool bare =
+            path.find('/') == std::string::npos && !path.empty() && path != "." && path != "..";
+        found.add_path(bare && fs::exists(in_folder, error) ? in_folder.string() : path);
+    }
+    if (found.bad_usage) {
+        return exit_bad_usage;
+    }
+    if (found.files.empty()) {
+        print_error("no cases files found: a plug-in's cases go into NAME.cases.json beside "
+                    "NAME.py (or .rb, .pl)");
+        return exit_bad_usage;
+    }
+
+    std::vector<cases::case_job> jobs;
+    std::vector<std::pair<std::size_t, std::size_t>> places; // file, case
+    bool bad_file = false;
+    for (std::size_t file = 0; file < found.files.size(); ++file) {
+        print_problems(*found.files[file]);
+        bad_file = bad_file || !found.files[file]->problems.empty();
+        for (std::size_t index = 0; index < found.files[file]->cases.size(); ++index) {
+            const auto& the_case = found.files[file]->cases[index];
+            if (wanted(a_options, the_case)) {
+                jobs.push_back({found.files[file].get(), &the_case});
+                places.emplace_back(file, index);
+            }
+        }
+    }
+    for (const auto& name : a_options.case_names) {
+        if (std::none_of(jobs.begin(), jobs.end(),
+                         [&](const auto& a_job) { return a_job.the_case->name == name; })) {
+            print_error("no case named \"" + name + "\"");
+            return exit_bad_usage;
+        }
+    }
+
+    stop_session_on_termination_signals();
+    cases::run_options options;
+    options.sandbox = sandbox_mode_of(a_options.sandbox);
+    options.jobs = a_options.jobs;
+    options.stop = &g_interrupted;
+    // A command started between the interrupt and its kill is ended here.
+    options.on_wait = [] {
+        if (g_interrupted) {
+            utility::kill_running_commands();
+        }
+    };
+    options.on_done = [&](std::size_t a_index, const cases::case_outcome& a_outcome) {
+        print_outcome(*jobs[a_index].file, *jobs[a_index].the_case, a_outcome);
+    };
+    const auto outcomes = cases::run_cases(jobs, options);
+    if (g_interrupted) {
+        print_error("interrupted: the cases not yet run were skipped");
+        return exit_interrupted;
+    }
+
+    std::size_t passed = 0;
+    std::size_t failed = 0;
+    std::vector<cases::suite_result> suites(found.files.size());
+    for (std::size_t file = 0; file < found.files.size(); ++file) {
+        suites[file].file = found.files[file].get();
+        suites[file].outcomes.assign(found.files[file]->cases.size(), nullptr);
+        failed += found.files[file]->problems.size();
+    }
+    for (std::size_t job = 0; job < jobs.size(); ++job) {
+        suites[places[job].first].outcomes[places[job].second] = &outcomes[job];
+        (outcomes[job].check.passed ? passed : failed) += 1;
+    }
+
+    bool write_failed = false;
+    if (a_options.update) {
+        for (std::size_t file = 0; file < found.files.size(); ++file) {
+            std::vector<std::pair<std::size_t, const cases::case_run*>> runs;
+            for (std::size_t index = 0; index < suites[file].outcomes.size(); ++index) {
+                if (const auto* outcome = suites[file].outcomes[index]) {
+                    runs.emplace_back(index, &outcome->run);
+                }
+            }
+            if (runs.empty()) {
+                continue;
+            }
+            // Rewriting a file means rewriting its broken parts too: those are the author's to fix.
+            if (!found.files[file]->problems.empty()) {
+                print_error("not updating " + found.files[file]->path.string() +
+                            ": fix the errors above first");
+                continue;
+            }
+            const auto changes = cases::update_expectations(*found.files[file], runs);
+            bool any = false;
+            for (const auto& change : changes) {
+                any = any || change.changed;
+                std::cout << (change.changed ? "updated " : "unchanged ")
+                          << file_label(*found.files[file]) << ": " << change.name << '\n';
+                for (const auto& line : change.lines) {
+                    std::cout << "    " << line << '\n';
+                }
+            }
+            if (any) {
+                const auto error = cases::write_cases_document(found.files[file]->path,
+                                                               found.files[file]->document);
+                if (!error.empty()) {
+                    print_error(error);
+                    write_failed = true;
+                }
+            }
+        }
+    }
+
+    if (!a_options.junit_file.empty()) {
+        std::ofstream junit(a_options.junit_file, std::ios::binary | std::ios::trunc);
+        junit << cases::junit_xml(suites);
+        if (!junit.good()) {
+            print_error("cannot write " + a_options.junit_file);
+            write_failed = true;
+        }
+    }
+
+    std::cout << passed << " passed, " << failed << " failed\n";
+    if (bad_file || write_failed) {
+        return exit_bad_usage;
+    }
+    if (a_options.update) {
+        return exit_success;
+    }
+    return failed == 0 ? exit_success : exit_not_run;
+}
+
+} // namespace qiro_plugin::cli

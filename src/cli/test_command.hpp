@@ -1,0 +1,22 @@
+#pragma once
+// qiro-lumen test: runs the cases kept beside plug-ins and says which still pass.
+
+#include <string>
+#include <vector>
+
+namespace qiro_plugin::cli {
+
+struct test_options {
+    std::vector<std::string> paths; // plug-ins, cases files or folders; none: the plug-in folder
+    std::vector<std::string> case_names; // only these cases; none: all
+    std::string plugin_folder;
+    std::string junit_file;
+    unsigned jobs = 0; // 0: one per core
+    bool update = false;
+    std::string sandbox; // empty, "on" or "nonet"
+};
+
+// 0 every case passed; 1 a case failed; 2 bad usage or a bad cases file.
+int command_test(const test_options& a_options);
+
+} // namespace qiro_plugin::cli
