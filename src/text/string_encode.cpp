@@ -119,7 +119,9 @@ std::string wide_to_legacy(const char* a_encoding, const qiro_plugin_utf16_t* a_
         little_endian[2 * i + 1] = static_cast<char>(units[i] >> 8);
     }
     auto bytes = run_iconv(a_encoding, k_utf16, little_endian);
-    if (!bytes) {
+    // iconv also maps some characters to a neighbour (the yen sign to the backslash, the wave
+    // dash to the full-width tilde); bytes that do not read back as the text are not its form.
+    if (!bytes || run_iconv(k_utf16, a_encoding, *bytes) != little_endian) {
         return std::string();
     }
     return cut_at_zero(std::move(*bytes));

@@ -78,6 +78,12 @@ TEST(string_encode, legacy_encodings_cover_windows_extensions_and_reject_broken_
     // A character outside the target set empties the whole result rather than substituting.
     EXPECT_EQ(WideCharToMultiByteShiftJis(u"a\U0001F600b"), "");
     EXPECT_EQ(WideCharToMultiByteShiftJis(u"aé"), "");
+    // Nor does a character come back as its look-alike: the yen sign, wave dash, minus sign and
+    // overline have no code of their own here.
+    for (const char16_t* look_alike : {u"a¥", u"〜", u"−", u"‾"}) {
+        EXPECT_EQ(WideCharToMultiByteShiftJis(look_alike), "");
+    }
+    EXPECT_EQ(WideCharToMultiByteEucJp(u"a¥"), "");
 
     EXPECT_EQ(WideCharToMultiByteEucJp(u"かな"), "\xA4\xAB\xA4\xCA");
     EXPECT_EQ(MultiByteEucJpToWideChar("\xA4\xAB\xA4\xCA"), u"かな");
