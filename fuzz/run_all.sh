@@ -49,7 +49,7 @@ run_one() {
     mkdir -p "$corpus" "$crashes"
     local dictionary=()
     case "$name" in
-    script_* | candidate_xml) dictionary=("-dict=$root/fuzz/xml.dict") ;;
+    script_*) dictionary=("-dict=$root/fuzz/xml.dict") ;;
     esac
     # New inputs go to the scratch corpus (first folder); the committed seeds are only read.
     nice -n 19 "$build/bin/${name}_fuzz" "${dictionary[@]}" -max_total_time="$seconds" \
