@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
 # Builds every fuzz target with clang, AddressSanitizer and UndefinedBehaviorSanitizer in its own
 # build folder, runs each in turn for SECONDS with its committed seeds, and prints what each did.
-# Usage: fuzz/run_all.sh SECONDS [TARGET...]   (TARGET: script_load, url_decode, ...)
+# Usage: fuzz/run_all.sh SECONDS [TARGET...]   (TARGET: script_load, url_decode, ...; SECONDS at
+# least 1, since libFuzzer reads 0 as no limit)
 # Environment: QIRO_FUZZ_BUILD (build folder, default build-fuzz), QIRO_FUZZ_WORK (where grown
 # corpora, crash inputs and logs go, default fuzz-work; both under the source root), QIRO_FUZZ_JOBS
 # (fuzzers at once, default 1).
 set -euo pipefail
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-if [[ $# -lt 1 || ! "$1" =~ ^[0-9]+$ ]]; then
+if [[ $# -lt 1 || ! "$1" =~ ^[1-9][0-9]*$ ]]; then
     echo "usage: $0 SECONDS [TARGET...]" >&2
     exit 2
 fi
