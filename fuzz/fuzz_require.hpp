@@ -1,5 +1,5 @@
 #pragma once
-// A broken promise of the reader under test, reported to libFuzzer as a crash.
+// A broken promise of the code under test, reported to libFuzzer as a crash.
 
 #include <cstdlib>
 

@@ -1,6 +1,7 @@
 // Feeds arbitrary bytes to the result document reader and checks what it promises about its
-// records.
+// records, and that the candidates it reads make a candidate-list document that reads back.
 
+#include "candidate_list_check.hpp"
 #include "fuzz_require.hpp"
 #include "xml/script_load.hpp"
 
@@ -33,5 +34,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
     // A reader that produced records refuses a second parse and keeps them.
     require(reader.parse() == candidates.empty());
     require(reader.get_candidate_data_array().size() == candidates.size());
+
+    qiro_plugin::message_script message;
+    for (const auto& read : candidates) {
+        message.add_candidate({read.title, read.comment, read.alternative, read.alternative_alias,
+                               read.alternative_type, read.info});
+    }
+    candidate_list_check::require_readable(message, 3, 17);
     return 0;
 }
