@@ -1,5 +1,6 @@
 #include "build_version.hpp"
 #include "debugger/window/cases_tab.hpp"
+#include "debugger/window/history_cases.hpp"
 #include "debugger/window/ui_controller.hpp"
 #include "debugger/window/window_translations.hpp"
 #include "debugger/window/workbench.hpp"
@@ -113,6 +114,7 @@ int main(int argc, char* argv[]) {
                          &qiro_plugin::debugger::cases_tab::reload);
     }
     auto* bench = new qiro_plugin::debugger::workbench(controller);
+    qiro_plugin::debugger::connect_history_to_cases(bench->history(), bench->watch(), *cases);
     bench->start(options);
     QTimer::singleShot(0, cases, &qiro_plugin::debugger::cases_tab::reload);
     return QApplication::exec();

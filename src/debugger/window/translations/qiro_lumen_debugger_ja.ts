@@ -608,4 +608,23 @@
         <translation>プラグインのプローブ:</translation>
     </message>
 </context>
+<context>
+    <name>history_cases</name>
+    <message>
+        <source>A callback run cannot be saved as a case from the history.</source>
+        <translation>コールバックの実行は履歴からケースとして保存できません。</translation>
+    </message>
+    <message>
+        <source>Save as Case…</source>
+        <translation>ケースとして保存…</translation>
+    </message>
+    <message>
+        <source>Save as Case</source>
+        <translation>ケースとして保存</translation>
+    </message>
+    <message>
+        <source>Name of the case:</source>
+        <translation>ケースの名前:</translation>
+    </message>
+</context>
 </TS>
