@@ -40,9 +40,13 @@ now_ns() { date +%s%N; }
 
 # Median of the numbers on standard input (nanoseconds), printed in milliseconds.
 median_ms() {
+    median_ns | awk '{ printf "%.1f", $1 / 1e6 }'
+}
+
+# Median of the numbers on standard input, as a whole number.
+median_ns() {
     sort -n | awk '{ v[NR] = $1 } END {
-        m = (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2
-        printf "%.1f", m / 1e6 }'
+        printf "%d", (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'
 }
 
 # Children's CPU time so far (user + system) in clock ticks, into the variable "ticks"; the
@@ -88,13 +92,11 @@ measure_pair() {
         echo $((full_samples[i] - floor_samples[i]))
     done | median_ms)
     true_ms=$(printf '%s\n' "${true_samples[@]}" | median_ms)
-    # Medians in nanoseconds for the ratio: the millisecond figures are rounded to 0.1.
-    starts=$(
-        paste <(for ((i = 0; i < runs; ++i)); do echo $((full_samples[i] - floor_samples[i])); done |
-            sort -n) <(printf '%s\n' "${true_samples[@]}" | sort -n) |
-            awk '{ o[NR] = $1; t[NR] = $2 } END {
-                m = (NR % 2) ? (NR + 1) / 2 : NR / 2; printf "%.1f", o[m] / t[m] }'
-    )
+    # The ratio from medians in nanoseconds: the millisecond figures are rounded to 0.1.
+    starts=$(awk -v o="$(for ((i = 0; i < runs; ++i)); do
+        echo $((full_samples[i] - floor_samples[i]))
+    done | median_ns)" -v t="$(printf '%s\n' "${true_samples[@]}" | median_ns)" \
+        'BEGIN { printf "%.1f", o / t }')
     floor_cpu=$(awk -v t="$floor_ticks" -v n="$runs" 'BEGIN { printf "%.1f", t * 10 / n }')
     full_cpu=$(awk -v t="$full_ticks" -v n="$runs" 'BEGIN { printf "%.1f", t * 10 / n }')
 }
