@@ -122,7 +122,8 @@ TEST_P(bridge_document, every_field_rule_in_the_printed_document) {
         items += made;
     }
     for (auto position = rows.size(); position < 150; ++position) {
-        const std::string name = "c" + std::to_string(position);
+        std::string name = "c";
+        name += std::to_string(position);
         candidates.push_back(titled(name));
         items += position < 100 ? item(name) : "";
     }

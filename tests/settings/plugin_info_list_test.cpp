@@ -38,7 +38,8 @@ TEST(plugin_info_list_test, the_user_list_keeps_existing_files_and_at_most_one_h
     const auto root = home.root().string() + "/plugins";
     array entries;
     for (int index = 0; index < 150; ++index) {
-        const auto name = "p" + std::to_string(index) + ".py";
+        std::string name = "p";
+        name += std::to_string(index) + ".py";
         entries.push_back(entry(make_plugin(home, name), name, index % 2 == 0));
     }
     entries[3] = value("not a dictionary");
