@@ -15,7 +15,13 @@ cp "$plugin" "$scratch/"
 name=$(basename "$plugin")
 "$debugger" --run "$scratch/$name" テスト >"$scratch/out.txt" 2>&1 &
 pid=$!
-window=$(xdotool search --sync --pid "$pid" --onlyvisible --name 'QIRO' | head -n 1)
+# The suite runs offscreen; this test needs the window on the X server xvfb-run started.
+window=$(timeout 30 xdotool search --sync --pid "$pid" --onlyvisible --name 'QIRO' | head -n 1)
+if [ -z "$window" ]; then
+    echo "no window appeared on the X server" >&2
+    kill -9 "$pid"
+    exit 1
+fi
 sleep "$delay"
 start=$(date +%s%N)
 xdotool windowfocus --sync "$window" 2>/dev/null || true
