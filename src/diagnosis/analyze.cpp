@@ -94,17 +94,7 @@ struct analysis {
                            [&](const finding& a_item) { return a_item.code == a_code; });
     }
 
-    std::string entry_method() const {
-        switch (m_evidence.entry) {
-        case entry_kind::callback:
-            return "run_callback";
-        case entry_kind::preference:
-            return "run_preference";
-        case entry_kind::processing:
-            break;
-        }
-        return "run_process";
-    }
+    std::string entry_method() const { return method_name(m_evidence.entry); }
 
     std::string expected_entry() const {
         const std::string method = entry_method();

@@ -64,6 +64,19 @@ struct probe_evidence {
 
 enum class entry_kind { processing, callback, preference };
 
+// The bridge method that runs the entry: "run_process", "run_callback" or "run_preference".
+inline const char* method_name(entry_kind a_kind) {
+    switch (a_kind) {
+    case entry_kind::callback:
+        return "run_callback";
+    case entry_kind::preference:
+        return "run_preference";
+    case entry_kind::processing:
+        break;
+    }
+    return "run_process";
+}
+
 struct run_evidence {
     entry_kind entry = entry_kind::processing;
     std::string plugin_folder; // UTF-8, ends in "/"

@@ -49,18 +49,6 @@ std::vector<std::string> probe_values_of(const utf16_string& a_first, const utf1
         to_utf8_or_empty(get_record_text(a_record.proxy_password, a_record.proxy_password_length))};
 }
 
-const char* method_of(entry_kind a_kind) {
-    switch (a_kind) {
-    case entry_kind::callback:
-        return "run_callback";
-    case entry_kind::preference:
-        return "run_preference";
-    case entry_kind::processing:
-        break;
-    }
-    return "run_process";
-}
-
 } // namespace
 
 std::optional<std::string> written_form_alert(const utf16_string& a_written_form) {
@@ -263,7 +251,7 @@ struct debug_runner::impl {
                 request.plugin_path = to_utf8_or_empty(
                     utility::get_convert_path(string_encode::MultiByteUTF8ToWideChar(
                         (a_evidence.plugin_folder + a_evidence.plugin_file).c_str())));
-                request.method = method_of(a_evidence.entry);
+                request.method = diagnosis::method_name(a_evidence.entry);
                 request.values = a_probe_values;
                 a_evidence.probe = probes::run_probe(request);
             }

@@ -1,5 +1,6 @@
 #include "debugger/window/candidate_preview.hpp"
 
+#include "debugger/window/qt_text.hpp"
 #include <QHeaderView>
 #include <QPlainTextEdit>
 #include <QSplitter>
@@ -12,10 +13,6 @@
 namespace qiro_plugin::debugger {
 
 namespace {
-
-QString to_qstring(const utf16_string& a_text) {
-    return QString::fromUtf16(a_text.data(), static_cast<qsizetype>(a_text.size()));
-}
 
 // Comments come from the plug-in and may name any address or file: nothing they name is
 // ever loaded, and links do not open.

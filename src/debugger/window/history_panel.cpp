@@ -1,5 +1,6 @@
 #include "debugger/window/history_panel.hpp"
 
+#include "debugger/window/qt_text.hpp"
 #include <QDateTime>
 #include <QListWidget>
 #include <QSplitter>
@@ -9,10 +10,6 @@
 namespace qiro_plugin::debugger {
 
 namespace {
-
-QString to_qstring(const utf16_string& a_text) {
-    return QString::fromUtf16(a_text.data(), static_cast<qsizetype>(a_text.size()));
-}
 
 QString outcome_text(const history_entry& a_entry) {
     const std::string word = outcome_word(a_entry.report);

@@ -1,5 +1,6 @@
 #include "debugger/window/settings_dialog.hpp"
 
+#include "debugger/window/qt_text.hpp"
 #include "keys/zul_key_access.hpp"
 #include "settings/manager_preference_access.hpp"
 
@@ -18,15 +19,6 @@
 namespace qiro_plugin::debugger {
 
 namespace {
-
-QString to_qstring(const utf16_string& a_text) {
-    return QString::fromUtf16(a_text.data(), static_cast<qsizetype>(a_text.size()));
-}
-
-utf16_string to_utf16(const QString& a_text) {
-    return utf16_string(reinterpret_cast<const char16_t*>(a_text.utf16()),
-                        static_cast<std::size_t>(a_text.size()));
-}
 
 zul_key_access& change_keys() {
     return zul_key_access::getInstance(zul_key_access::TYPE_QIRO_LUMEN_CANDIDATE_CHANGE);

@@ -5,6 +5,7 @@
 #include "debugger/window/alert_box.hpp"
 #include "debugger/window/diagnosis_list.hpp"
 #include "debugger/window/output_pane.hpp"
+#include "debugger/window/qt_text.hpp"
 #include "debugger/window/sandbox_toggle.hpp"
 #include "diagnosis/analyze.hpp"
 #include "platform/command_runner.hpp"
@@ -24,15 +25,6 @@
 namespace qiro_plugin::debugger {
 
 namespace {
-
-QString to_qstring(const utf16_string& a_text) {
-    return QString::fromUtf16(a_text.data(), static_cast<qsizetype>(a_text.size()));
-}
-
-utf16_string to_utf16(const QString& a_text) {
-    return utf16_string(reinterpret_cast<const char16_t*>(a_text.utf16()),
-                        static_cast<std::size_t>(a_text.size()));
-}
 
 // Appends at the very end as the user would type it; "\r\n" becomes exactly one paragraph
 // break, where appendPlainText would add a second one. The pane shows very large or very

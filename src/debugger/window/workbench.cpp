@@ -8,6 +8,7 @@
 #include "debugger/window/keyring_probe.hpp"
 #include "debugger/window/new_plugin_dialog.hpp"
 #include "debugger/window/output_pane.hpp"
+#include "debugger/window/qt_text.hpp"
 #include "debugger/window/settings_dialog.hpp"
 #include "debugger/window/stop_control.hpp"
 #include "debugger/window/ui_controller.hpp"
@@ -41,15 +42,6 @@
 namespace qiro_plugin::debugger {
 
 namespace {
-
-QString to_qstring(const utf16_string& a_text) {
-    return QString::fromUtf16(a_text.data(), static_cast<qsizetype>(a_text.size()));
-}
-
-utf16_string to_utf16(const QString& a_text) {
-    return utf16_string(reinterpret_cast<const char16_t*>(a_text.utf16()),
-                        static_cast<std::size_t>(a_text.size()));
-}
 
 template <typename widget> widget* child(QMainWindow* a_window, const char* a_name) {
     return a_window->findChild<widget*>(QString::fromLatin1(a_name));
