@@ -10,21 +10,9 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build_dir="$(cd "${1:-$root/build}" && pwd)"
 rounds="${2:-5}"
 sample="${3:-sample_python.py}"
-qiro_lumen="$build_dir/bin/qiro-lumen"
 cases=100
 
-if [[ ! -x "$qiro_lumen" ]]; then
-    echo "cases_parallel_bench: build qiro-lumen first (no $qiro_lumen)" >&2
-    exit 2
-fi
-
-export PATH="/usr/bin:/bin"
-export LC_ALL=C.UTF-8
-scratch="$(mktemp -d)"
-trap 'cd / && rm -rf "$scratch"' EXIT
-export HOME="$scratch/home"
-export QIRO_MACHINE_PREFERENCES_DIR="$scratch/machine"
-mkdir -p "$HOME" "$QIRO_MACHINE_PREFERENCES_DIR" "$scratch/plugins"
+source "$(dirname "${BASH_SOURCE[0]}")/bench_home.sh" cases_parallel_bench "$build_dir"
 if [[ "$sample" == waiting.py ]]; then
     # A plug-in that waits 100 ms (as on a network) and uses little CPU: what -j gains when the
     # cores are not the limit.

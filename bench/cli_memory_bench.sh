@@ -9,19 +9,7 @@ set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build_dir="$(cd "${1:-$root/build}" && pwd)"
 flood_mib="${2:-300}"
-qiro_lumen="$build_dir/bin/qiro-lumen"
-if [[ ! -x "$qiro_lumen" ]]; then
-    echo "cli_memory_bench: build qiro-lumen first (no $qiro_lumen)" >&2
-    exit 2
-fi
-
-export PATH="/usr/bin:/bin"
-export LC_ALL=C.UTF-8
-scratch="$(mktemp -d)"
-trap 'rm -rf "$scratch"' EXIT
-export HOME="$scratch/home"
-export QIRO_MACHINE_PREFERENCES_DIR="$scratch/machine"
-mkdir -p "$HOME" "$QIRO_MACHINE_PREFERENCES_DIR" "$scratch/plugins"
+source "$(dirname "${BASH_SOURCE[0]}")/bench_home.sh" cli_memory_bench "$build_dir"
 
 # One 64-byte ASCII line repeated: ASCII doubles in UTF-16, the costliest text for the panes.
 for stream in stderr stdout; do

@@ -10,23 +10,12 @@ set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build_dir="$(cd "${1:-$root/build}" && pwd)"
 runs="${2:-40}"
-qiro_lumen="$build_dir/bin/qiro-lumen"
-if [[ ! -x "$qiro_lumen" ]]; then
-    echo "sandbox_bench: build qiro-lumen first (no $qiro_lumen)" >&2
-    exit 2
-fi
 if ! command -v bwrap >/dev/null; then
     echo "sandbox_bench: bwrap is missing (apt-get install bubblewrap)" >&2
     exit 2
 fi
 
-export PATH="/usr/bin:/bin"
-export LC_ALL=C.UTF-8
-scratch="$(mktemp -d)"
-trap 'cd / && rm -rf "$scratch"' EXIT
-export HOME="$scratch/home"
-export QIRO_MACHINE_PREFERENCES_DIR="$scratch/machine"
-mkdir -p "$HOME" "$QIRO_MACHINE_PREFERENCES_DIR"
+source "$(dirname "${BASH_SOURCE[0]}")/bench_home.sh" sandbox_bench "$build_dir"
 
 median_ms() {
     sort -n | awk '{ v[NR] = $1 } END {
