@@ -175,12 +175,14 @@ struct analysis {
 
     void streams(const command_evidence& a_command) {
         if (a_command.timed_out) {
-            std::string hint = say("timed_out.hint");
+            const char* what = a_command.stopped ? "timed_out.stopped" : "timed_out";
+            std::string hint = a_command.stopped ? std::string() : say("timed_out.hint");
             if (!a_command.std_error.empty()) {
-                hint += "\n" + say("timed_out.partial", {last_lines(a_command.std_error, 10)});
+                hint += (hint.empty() ? "" : "\n") +
+                        say("timed_out.partial", {last_lines(a_command.std_error, 10)});
             }
             add(codes::timed_out, severity::error,
-                say("timed_out", {with_one_decimal(a_command.elapsed_ms / 1000.0)}), hint);
+                say(what, {with_one_decimal(a_command.elapsed_ms / 1000.0)}), hint);
         }
         if (a_command.std_output_cut) {
             add(codes::stream_cut, severity::error, say("stream_cut", {say("stream.std_output")}));

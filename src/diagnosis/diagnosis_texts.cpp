@@ -12,7 +12,7 @@ struct entry {
     std::string_view japanese;
 };
 
-constexpr std::array<entry, 50> table{{
+constexpr std::array<entry, 51> table{{
     {"no_language.extension", "{0} is not a plug-in file: its name must end in .py, .rb or .pl.",
      "{0} はプラグインファイルではありません。名前の末尾を .py、.rb、.pl "
      "のいずれかにしてください。"},
@@ -108,6 +108,7 @@ constexpr std::array<entry, 50> table{{
      "The plug-in did not finish within 30 seconds (an endless loop, a network call without a "
      "time-out?).",
      "プラグインが 30 秒以内に終わりませんでした（無限ループ、タイムアウトのない通信など）。"},
+    {"timed_out.stopped", "The run was stopped after {0} s.", "実行を {0} 秒で止めました。"},
     {"timed_out.partial", "Standard error until then:\n{0}", "それまでの標準エラー:\n{0}"},
     {"stream_cut", "{0} was cut at 64 MiB; the rest was dropped.",
      "{0} は 64 MiB で切られ、残りは捨てられました。"},

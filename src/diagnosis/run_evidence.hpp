@@ -19,6 +19,7 @@ struct command_evidence {
     std::optional<int> exit_status;
     double elapsed_ms = 0.0;
     std::optional<double> cpu_ms; // processor time, user and system
+    bool stopped = false;         // the time-out came early, from the author's Stop
 };
 
 // What an author-side probe said about the plug-in (see src/probes).

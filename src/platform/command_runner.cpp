@@ -2,6 +2,7 @@
 
 #include "platform/child_process.hpp"
 #include "platform/output_stream.hpp"
+#include "platform/running_commands.hpp"
 #include "platform/sandbox.hpp"
 #include "text/string_encode.hpp"
 
@@ -124,6 +125,24 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     detail::output_stream std_error(std_error_fd, stream_limit);
     const auto hook = current_wait_hook();
 
+    // A stop ends the command as the time-out does, even when its streams closed in the
+    // meantime: the kill closes them at once.
+    const std::uint64_t stops_before = detail::stop_count();
+    const auto stopped = [stops_before] { return detail::stop_count() != stops_before; };
+    const auto end_early = [&](bool a_stopped) {
+        if (a_report != nullptr) {
+            const auto& kept = std_error.result().data;
+            *a_report = run_command_report{};
+            a_report->timed_out = true;
+            a_report->stopped = a_stopped;
+            a_report->partial_std_error.assign(kept.begin(), kept.end());
+            a_report->std_error_cut = std_error.cut();
+            a_report->std_output_cut = std_output.cut();
+            a_report->elapsed_ms = elapsed_ms();
+        }
+        child->terminate(std_output, std_error);
+        return 2;
+    };
     std::int32_t counter = 0;
     while (!std_output.finished() || !std_error.finished()) {
         // A pass lasts its full length unless both streams end within it.
@@ -132,22 +151,16 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
         if (hook && *hook) {
             (*hook)();
         }
+        if (stopped()) {
+            return end_early(true);
+        }
         if (a_is_timeout && counter > timeout_counter) {
-            if (a_report != nullptr) {
-                const auto& kept = std_error.result().data;
-                *a_report = run_command_report{};
-                a_report->timed_out = true;
-                a_report->partial_std_error.assign(kept.begin(), kept.end());
-                a_report->std_error_cut = std_error.cut();
-                a_report->std_output_cut = std_output.cut();
-            }
-            if (a_report != nullptr) {
-                a_report->elapsed_ms = elapsed_ms();
-            }
-            child->terminate(std_output, std_error);
-            return 2;
+            return end_early(false);
         }
         counter += pass_step;
+    }
+    if (stopped()) {
+        return end_early(true);
     }
     child->reap_after_end_of_file();
 

@@ -26,6 +26,8 @@ struct run_command_report {
     bool std_output_cut = false;
     bool std_error_cut = false;
     bool timed_out = false;
+    // The time-out came early: stop_running_commands() was called while the command ran.
+    bool stopped = false;
     // What the child had written on standard error when the time-out stopped it.
     std::string partial_std_error;
     // The shell's exit status, when it was reaped before run_command returned.
@@ -38,7 +40,8 @@ struct run_command_report {
 
 // Runs "/bin/sh -c a_command_line" in a_working_folder (empty: the caller's). Results:
 // 0 both streams closed (whatever the exit status), the outputs and the report replaced;
-// 1 set-up failed; 2 time-out after about 30 s when a_is_timeout, child group terminated.
+// 1 set-up failed; 2 time-out after about 30 s when a_is_timeout, or at once on
+// stop_running_commands(), child group terminated.
 // On 1 and 2 the outputs are left untouched; on 2 the report says timed_out and keeps the
 // partial standard error. 3 is reserved, never returned.
 // A stream that produced bytes ends with one zero byte; an empty stream stays empty.
@@ -50,6 +53,10 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
 // once. Async-signal-safe: a host's handler for SIGINT or SIGTERM calls it so that no plug-in
 // outlives the host.
 void kill_running_commands() noexcept;
+
+// Ends every command running now as its time-out would (run_command returns 2), at once; for
+// a Stop button. Not for signal handlers: use kill_running_commands there.
+void stop_running_commands() noexcept;
 
 // How many children run_command has started in this process, to check that a run costs no
 // more processes than it should.

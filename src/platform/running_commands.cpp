@@ -14,6 +14,7 @@ namespace {
 
 // A fixed table of lock-free slots: a signal handler may read it at any moment.
 std::array<std::atomic<pid_t>, 64> g_running_groups{};
+std::atomic<std::uint64_t> g_stop_count{0};
 
 } // namespace
 
@@ -45,9 +46,19 @@ void kill_running_groups() noexcept {
     }
 }
 
+std::uint64_t stop_count() noexcept {
+    return g_stop_count.load();
+}
+
 } // namespace detail
 
 void kill_running_commands() noexcept {
+    detail::kill_running_groups();
+}
+
+void stop_running_commands() noexcept {
+    // Counted before the kill, so that a command woken by the kill already sees the stop.
+    detail::g_stop_count.fetch_add(1);
     detail::kill_running_groups();
 }
 

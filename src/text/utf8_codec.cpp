@@ -1,6 +1,7 @@
 #include "text/utf8_codec.hpp"
 
 #include <cstdint>
+#include <cstring>
 
 namespace qiro_plugin::string_encode::detail {
 
@@ -11,6 +12,18 @@ template <typename Emit> bool decode_utf8(std::string_view a_bytes, Emit&& a_emi
     const std::size_t size = a_bytes.size();
     std::size_t i = 0;
     while (i < size) {
+        // Output is mostly ASCII: eight bytes at a time while it lasts.
+        if (size - i >= 8) {
+            std::uint64_t word = 0;
+            std::memcpy(&word, a_bytes.data() + i, sizeof word);
+            if ((word & 0x8080808080808080u) == 0) {
+                for (std::size_t k = 0; k < 8; ++k) {
+                    a_emit(static_cast<std::uint8_t>(a_bytes[i + k]));
+                }
+                i += 8;
+                continue;
+            }
+        }
         const auto lead = static_cast<std::uint8_t>(a_bytes[i]);
         if (lead < 0x80) {
             a_emit(lead);
@@ -57,20 +70,22 @@ template <typename Emit> bool decode_utf8(std::string_view a_bytes, Emit&& a_emi
 } // namespace
 
 std::optional<utf16_string> utf8_to_utf16(std::string_view a_bytes) {
-    utf16_string result;
-    result.reserve(a_bytes.size());
-    const bool valid = decode_utf8(a_bytes, [&result](std::uint32_t a_code) {
+    // Never more units than bytes: written in place, then cut to length.
+    utf16_string result(a_bytes.size(), u'\0');
+    char16_t* out = result.data();
+    const bool valid = decode_utf8(a_bytes, [&out](std::uint32_t a_code) {
         if (a_code >= 0x10000) {
             a_code -= 0x10000;
-            result.push_back(static_cast<char16_t>(0xD800 + (a_code >> 10)));
-            result.push_back(static_cast<char16_t>(0xDC00 + (a_code & 0x3FFu)));
+            *out++ = static_cast<char16_t>(0xD800 + (a_code >> 10));
+            *out++ = static_cast<char16_t>(0xDC00 + (a_code & 0x3FFu));
         } else {
-            result.push_back(static_cast<char16_t>(a_code));
+            *out++ = static_cast<char16_t>(a_code);
         }
     });
     if (!valid) {
         return std::nullopt;
     }
+    result.resize(static_cast<std::size_t>(out - result.data()));
     return result;
 }
 

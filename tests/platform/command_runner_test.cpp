@@ -169,6 +169,26 @@ TEST(command_runner, killing_running_commands_ends_them_with_their_groups) {
     EXPECT_EQ(run("echo still fine").std_output, terminated("still fine\n"));
 }
 
+TEST(command_runner, stopping_ends_a_command_as_its_time_out_would_even_without_one) {
+    run_outcome outcome;
+    std::thread runner([&] {
+        outcome.result = run_command("printf partial >&2; echo out; sleep 300", {},
+                                     outcome.std_output, outcome.std_error, false, &outcome.report);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    qiro_plugin::utility::stop_running_commands();
+    runner.join();
+    EXPECT_EQ(outcome.result, 2);
+    EXPECT_EQ(outcome.std_output, run_outcome{}.std_output);
+    EXPECT_TRUE(outcome.report.timed_out && outcome.report.stopped);
+    EXPECT_EQ(outcome.report.partial_std_error, "partial");
+    EXPECT_EQ(platform_test::processes_left(), 0u);
+    // A stop before a command started is not that command's.
+    const auto after = run("echo fine");
+    EXPECT_EQ(after.result, 0);
+    EXPECT_FALSE(after.report.stopped);
+}
+
 // Runs a command that never closes its outputs until the time-out: the outputs stay untouched,
 // the report says it timed out, the wait hook ran once per 100 ms pass (the counter starts at 0 and
 // the pass that starts at 30000 is the last), the whole process group is gone and its shell reaped.

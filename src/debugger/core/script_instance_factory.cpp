@@ -13,6 +13,7 @@ diagnosis::command_evidence command_evidence_of(const qiro_plugin_instance_scrip
     const auto& report = a_instance.get_last_command_report();
     evidence.ran = a_instance.get_last_command_result() == 0 || report.timed_out;
     evidence.timed_out = report.timed_out;
+    evidence.stopped = report.stopped;
     const bool finished = evidence.ran && !report.timed_out;
     if (finished && a_with_streams) {
         evidence.std_output = a_instance.get_last_std_output_string();

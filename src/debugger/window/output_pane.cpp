@@ -9,6 +9,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSaveFile>
+#include <QStringDecoder>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTimer>
@@ -28,6 +29,30 @@ constexpr qint64 slice_budget_ms = 20;
 // block holding a note of the pane's own; copying leaves out both kinds of break and notes.
 constexpr int continuation_state = 1;
 constexpr int note_state = 2;
+
+// What one pass counts of a stream no longer shown, in bytes or units.
+constexpr qsizetype hidden_slice = 1024 * 1024;
+
+bool is_continuation(char a_byte) {
+    return (static_cast<unsigned char>(a_byte) & 0xC0) == 0x80;
+}
+
+// The UTF-16 length of checked UTF-8: one unit a character, two for one of four bytes.
+qsizetype utf16_units(QByteArrayView a_bytes) {
+    qsizetype units = 0;
+    for (const char byte : a_bytes) {
+        units += is_continuation(byte) ? 0 : (static_cast<unsigned char>(byte) >= 0xF0 ? 2 : 1);
+    }
+    return units;
+}
+
+// Checked UTF-8 as UTF-16, a leading byte-order mark kept as the character it is (Qt's own
+// conversion drops it; the core's keeps it).
+QString from_utf8(QByteArrayView a_bytes) {
+    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless |
+                                                       QStringConverter::Flag::ConvertInitialBom);
+    return decoder.decode(a_bytes);
+}
 
 bool is_break(QChar a_unit) {
     return a_unit == QLatin1Char('\n') || a_unit == QLatin1Char('\r');
@@ -59,15 +84,29 @@ output_pane::output_pane(QWidget* a_parent) : QPlainTextEdit(a_parent) {
 }
 
 void output_pane::append_line(QString a_text) {
-    m_exact.push_back(a_text);
-    m_exact.push_back(QStringLiteral("\n"));
     if (m_pending.empty() && m_hidden == 0 && a_text.size() + 2 <= immediate_limit &&
         m_shown + a_text.size() + 2 <= display_limit && !has_long_line(a_text, m_column)) {
+        m_exact.emplace_back(a_text);
+        m_exact.emplace_back(QStringLiteral("\n"));
         insert_for_display(QString(a_text + QStringLiteral("\r\n")));
         return;
     }
+    append_piece(std::move(a_text));
+}
+
+void output_pane::append_utf8_line(QByteArray a_text) {
+    if (a_text.size() <= immediate_limit) {
+        append_line(from_utf8(a_text));
+        return;
+    }
+    append_piece(std::move(a_text));
+}
+
+void output_pane::append_piece(piece a_text) {
+    m_exact.push_back(a_text);
+    m_exact.emplace_back(QStringLiteral("\n"));
     m_pending.push_back(std::move(a_text));
-    m_pending.push_back(QStringLiteral("\r\n"));
+    m_pending.emplace_back(QStringLiteral("\r\n"));
     m_slice_timer->start();
 }
 
@@ -85,13 +124,18 @@ void output_pane::clear_text() {
 
 QString output_pane::exact_text() const {
     qsizetype size = 0;
-    for (const QString& piece : m_exact) {
-        size += piece.size();
+    for (const piece& part : m_exact) {
+        // A UTF-8 byte never makes more than one UTF-16 unit.
+        size += std::visit([](const auto& a_part) { return a_part.size(); }, part);
     }
     QString text;
     text.reserve(size);
-    for (const QString& piece : m_exact) {
-        text += piece;
+    for (const piece& part : m_exact) {
+        if (const auto* bytes = std::get_if<QByteArray>(&part)) {
+            text += from_utf8(*bytes);
+        } else {
+            text += std::get<QString>(part);
+        }
     }
     return text;
 }
@@ -100,24 +144,44 @@ void output_pane::show_slice() {
     QElapsedTimer spent;
     spent.start();
     while (!m_pending.empty() && spent.elapsed() < slice_budget_ms) {
-        const QString& piece = m_pending.front();
+        const piece& part = m_pending.front();
+        const qsizetype size = std::visit([](const auto& a_part) { return a_part.size(); }, part);
+        const auto* bytes = std::get_if<QByteArray>(&part);
+        qsizetype length = 0;
         if (m_shown >= display_limit) {
-            m_hidden += piece.size() - m_pending_start;
-            m_pending.pop_front();
-            m_pending_start = 0;
-            continue;
+            // Counted in slices too: tens of megabytes at once would stall the loop.
+            length = std::min(hidden_slice, size - m_pending_start);
+            m_hidden +=
+                bytes != nullptr
+                    ? utf16_units(QByteArrayView(bytes->constData() + m_pending_start, length))
+                    : length;
+        } else if (bytes != nullptr) {
+            length = std::min(slice_units, size - m_pending_start);
+            qsizetype end = m_pending_start + length;
+            // Never inside a character, and never between CR and LF.
+            while (end < size && is_continuation(bytes->at(end))) {
+                ++end;
+            }
+            if (end < size && bytes->at(end - 1) == '\r' && bytes->at(end) == '\n') {
+                ++end;
+            }
+            length = end - m_pending_start;
+            insert_for_display(
+                from_utf8(QByteArrayView(bytes->constData() + m_pending_start, length)));
+        } else {
+            const QString& text = std::get<QString>(part);
+            length = std::min(slice_units, size - m_pending_start);
+            const qsizetype end = m_pending_start + length;
+            // CR LF split over two slices would become two paragraph breaks, and a surrogate
+            // pair split over two would be two broken characters.
+            if (end < size &&
+                (text.at(end - 1) == QLatin1Char('\r') || text.at(end - 1).isHighSurrogate())) {
+                ++length;
+            }
+            insert_for_display(QStringView(text).mid(m_pending_start, length));
         }
-        qsizetype length = std::min(slice_units, piece.size() - m_pending_start);
-        const qsizetype end = m_pending_start + length;
-        // CR LF split over two slices would become two paragraph breaks, and a surrogate
-        // pair split over two would be two broken characters.
-        if (end < piece.size() &&
-            (piece.at(end - 1) == QLatin1Char('\r') || piece.at(end - 1).isHighSurrogate())) {
-            ++length;
-        }
-        insert_for_display(QStringView(piece).mid(m_pending_start, length));
         m_pending_start += length;
-        if (m_pending_start >= piece.size()) {
+        if (m_pending_start >= size) {
             m_pending.pop_front();
             m_pending_start = 0;
         }
@@ -240,8 +304,13 @@ void output_pane::contextMenuEvent(QContextMenuEvent* a_event) {
 
 bool output_pane::save_to_file(const QString& a_path, QString* a_error) const {
     QSaveFile file(a_path);
-    const QByteArray bytes = exact_text().toUtf8();
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    bool written = file.open(QIODevice::WriteOnly);
+    for (auto part = m_exact.begin(); written && part != m_exact.end(); ++part) {
+        const auto* bytes = std::get_if<QByteArray>(&*part);
+        const QByteArray utf8 = bytes != nullptr ? *bytes : std::get<QString>(*part).toUtf8();
+        written = file.write(utf8) == utf8.size();
+    }
+    if (!written || !file.commit()) {
         if (a_error != nullptr) {
             *a_error = tr("%1 could not be written: %2").arg(a_path, file.errorString());
         }

@@ -1,10 +1,12 @@
 #pragma once
 // A read-only output pane that stays live with tens of megabytes and lines of megabytes.
 
+#include <QByteArray>
 #include <QPlainTextEdit>
 #include <QString>
 
 #include <deque>
+#include <variant>
 #include <vector>
 
 class QTimer;
@@ -32,6 +34,9 @@ public:
     // Appends the text and one line break: CR LF to the view (one paragraph break), "\n" to
     // the exact text.
     void append_line(QString a_text);
+    // The same for text in UTF-8, which the caller has checked: converted slice by slice as it
+    // is shown, so that tens of megabytes never stall the window in one go.
+    void append_utf8_line(QByteArray a_text);
     // Empties the pane and forgets what was still waiting to be shown.
     void clear_text();
 
@@ -50,13 +55,17 @@ protected:
     void contextMenuEvent(QContextMenuEvent* a_event) override;
 
 private:
+    // One piece of the exact text, as it came: UTF-16 or UTF-8.
+    using piece = std::variant<QString, QByteArray>;
+
+    void append_piece(piece a_text);
     void show_slice();
     void insert_for_display(QStringView a_text);
     void show_hidden_note();
 
     // The exact text in the pieces it came in; Qt's strings share them with m_pending.
-    std::vector<QString> m_exact;
-    std::deque<QString> m_pending;
+    std::vector<piece> m_exact;
+    std::deque<piece> m_pending;
     qsizetype m_pending_start = 0;
     // Units since the last line break shown, to know where a long line must be broken.
     qsizetype m_column = 0;

@@ -23,7 +23,7 @@ stop_control::stop_control(QPushButton* a_stop_button, QLabel* a_elapsed_label, 
     // now, and held-back input is kept for later by the filter below.
     utility::set_run_command_wait_hook([this] {
         if (m_stop_requested) {
-            utility::kill_running_commands(); // a command that started after Stop was pressed
+            utility::stop_running_commands(); // a command that started after Stop was pressed
         }
         QCoreApplication::processEvents(QEventLoop::AllEvents);
     });
@@ -65,7 +65,7 @@ void stop_control::stop() {
         return;
     }
     m_stop_requested = true;
-    utility::kill_running_commands();
+    utility::stop_running_commands();
     emit stopped();
 }
 

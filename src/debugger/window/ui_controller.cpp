@@ -10,6 +10,8 @@
 #include "diagnosis/analyze.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/localized_string.hpp"
+#include "text/string_encode.hpp"
+#include "text/utf8_codec.hpp"
 #include "ui_main_window.h"
 
 #include <QApplication>
@@ -19,6 +21,7 @@
 #include <QStatusBar>
 #include <QTextCursor>
 
+#include <cstring>
 #include <mutex>
 #include <vector>
 
@@ -34,6 +37,33 @@ void append_line(QPlainTextEdit* a_pane, const utf16_string& a_text) {
     // a leading byte-order mark, is dropped on the way.
     static_cast<output_pane*>(a_pane)->append_line(QString(
         reinterpret_cast<const QChar*>(a_text.data()), static_cast<qsizetype>(a_text.size())));
+}
+
+// Output as the interpreter wrote it: checked whole before anything is appended, as the
+// conversion would be, and copied for the pane in parts with the event loop turning between
+// them, so that tens of megabytes never hold the window for long. The pane converts it as it
+// shows it.
+void append_utf8_line(QPlainTextEdit* a_pane, const std::string& a_text) {
+    constexpr std::size_t part = 4 * 1024 * 1024;
+    // The text ends at its first zero byte, as the conversion reads it.
+    const std::size_t length = std::strlen(a_text.c_str());
+    QByteArray copy(static_cast<qsizetype>(length), Qt::Uninitialized);
+    for (std::size_t done = 0; done < length;) {
+        std::size_t end = std::min(length, done + part);
+        while (end < length && (static_cast<unsigned char>(a_text[end]) & 0xC0) == 0x80) {
+            ++end;
+        }
+        if (!string_encode::detail::is_valid_utf8(
+                std::string_view(a_text).substr(done, end - done))) {
+            string_encode::checked_utf8_length(a_text.c_str()); // throws the conversion's error
+        }
+        std::memcpy(copy.data() + done, a_text.data() + done, end - done);
+        done = end;
+        if (done < length) {
+            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        }
+    }
+    static_cast<output_pane*>(a_pane)->append_utf8_line(std::move(copy));
 }
 
 // Closing the only window ends the application; it is never refused.
@@ -252,6 +282,14 @@ void ui_controller::add_std_output_text(const utf16_string& a_text) {
 
 void ui_controller::add_std_error_output_text(const utf16_string& a_text) {
     append_line(m_std_error_output_text_view, a_text);
+}
+
+void ui_controller::add_std_output_utf8(const std::string& a_text) {
+    append_utf8_line(m_std_output_text_view, a_text);
+}
+
+void ui_controller::add_std_error_output_utf8(const std::string& a_text) {
+    append_utf8_line(m_std_error_output_text_view, a_text);
 }
 
 void ui_controller::clear_std_output_text() {

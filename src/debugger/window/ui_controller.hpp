@@ -45,6 +45,8 @@ public slots:
     void run_debug();
     void add_std_output_text(const qiro_plugin::utf16_string& a_text) override;
     void add_std_error_output_text(const qiro_plugin::utf16_string& a_text) override;
+    void add_std_output_utf8(const std::string& a_text) override;
+    void add_std_error_output_utf8(const std::string& a_text) override;
     void clear_std_output_text() override;
     void clear_std_error_output_text() override;
 

@@ -2,6 +2,7 @@
 #include "debugger/core/plugin_templates.hpp"
 #include "debugger/window/alert_box.hpp"
 #include "debugger/window/candidate_preview.hpp"
+#include "debugger/window/diagnosis_list.hpp"
 #include "debugger/window/history_panel.hpp"
 #include "debugger/window/output_pane.hpp"
 #include "debugger/window/settings_dialog.hpp"
@@ -32,6 +33,7 @@
 #include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextBrowser>
+#include <QTreeWidget>
 #include <QtTest>
 
 using namespace qiro_plugin;
@@ -185,8 +187,10 @@ private slots:
     }
 
     void stop_ends_a_hanging_run_while_other_input_waits() {
-        write("hang.py", "import time\n"
+        write("hang.py", "import sys, time\n"
                          "def qiro_plugin_run_process(request):\n"
+                         "    print('before the stop', flush=True)\n"
+                         "    print('on error', file=sys.stderr, flush=True)\n"
                          "    time.sleep(60)\n"
                          "    return {'candidate': []}\n");
         m_bench->open_folder(m_plugins.path());
@@ -203,6 +207,13 @@ private slots:
         QVERIFY(!m_bench->stopper().is_running());
         QVERIFY(status().contains(QStringLiteral("hang.py was stopped.")));
         QVERIFY(find<QLabel>("m_elapsed_label")->text().endsWith(QStringLiteral("stopped")));
+        // As after a time-out: no output of the run in the panes, what standard error had
+        // until then in the diagnosis.
+        QVERIFY(!std_output()->exact_text().contains(QStringLiteral("before the stop")));
+        const QTreeWidgetItem* finding = controller().diagnosis_view()->tree()->topLevelItem(0);
+        QVERIFY(finding != nullptr);
+        QVERIFY(finding->text(0).startsWith(QStringLiteral("The run was stopped after")));
+        QVERIFY(finding->toolTip(0).contains(QStringLiteral("on error")));
         QTRY_COMPARE(reading()->text(), QStringLiteral("y"));
         QVERIFY(m_alerts.isEmpty());
     }
@@ -210,25 +221,30 @@ private slots:
     void panes_stay_exact_with_long_lines_and_large_output() {
         controller().clear_std_error_output_text();
         const utf16_string long_line(2 * 1024 * 1024 + 5, u'a');
-        utf16_string many_lines;
-        for (int line = 0; line < 100000; ++line) {
-            many_lines += u"line of ordinary output, as a plug-in prints it\r\n";
+        // As a run hands it over, in UTF-8: characters of two, three and four bytes and CR LF
+        // (46 bytes a line) fall across the pane's slices, and a leading byte-order mark is kept.
+        std::string many_lines = "\xEF\xBB\xBF";
+        for (int line = 0; line < 60000; ++line) {
+            many_lines += "a line of plug-in output now: \xC3\xA9 変換 \xF0\x9F\x98\x80\r\n";
         }
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error,
+                                 controller().add_std_error_output_utf8(many_lines + "\xC3"));
         controller().add_std_error_output_text(long_line);
-        controller().add_std_error_output_text(many_lines);
+        controller().add_std_error_output_utf8(many_lines);
         output_pane* pane = std_error();
-        const QString exact =
-            QString(long_line.size(), QLatin1Char('a')) + QLatin1Char('\n') +
-            QString::fromUtf16(many_lines.data(), static_cast<qsizetype>(many_lines.size())) +
-            QLatin1Char('\n');
+        const QString exact = QString(long_line.size(), QLatin1Char('a')) + QLatin1Char('\n') +
+                              QChar(0xFEFF) + QString::fromUtf8(many_lines.substr(3)) +
+                              QLatin1Char('\n');
         QCOMPARE(pane->exact_text(), exact);
         QVERIFY(pane->is_showing());
         QTRY_VERIFY_WITH_TIMEOUT(!pane->is_showing(), 60000);
         // Shown broken into blocks, the rest of the line as a note; copied and saved whole.
         QVERIFY(pane->document()->firstBlock().length() <= output_pane::display_line_limit + 1);
-        QVERIFY(pane->toPlainText().contains(
-            QStringLiteral("[… %1 more characters on this line]")
-                .arg(long_line.size() - output_pane::line_display_limit)));
+        const QString shown = pane->toPlainText();
+        QVERIFY(shown.contains(QStringLiteral("[… %1 more characters on this line]")
+                                   .arg(long_line.size() - output_pane::line_display_limit)));
+        QVERIFY(shown.contains(QString::fromUtf8(many_lines.substr(3))
+                                   .replace(QStringLiteral("\r\n"), QStringLiteral("\n"))));
         pane->selectAll();
         pane->copy();
         QCOMPARE(QApplication::clipboard()->text(), exact);
