@@ -4,13 +4,20 @@
 #include "debugger/window/cases_tab.hpp"
 #include "debugger/window/folder_watch.hpp"
 #include "debugger/window/history_panel.hpp"
+#include "debugger/window/ui_controller.hpp"
+#include "debugger/window/workbench.hpp"
 #include "text/string_encode.hpp"
 
 #include <QAction>
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QInputDialog>
 #include <QListWidget>
+#include <QMainWindow>
 #include <QMessageBox>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTimer>
 
 namespace qiro_plugin::debugger {
 
@@ -44,9 +51,7 @@ QString save_entry(const history_entry& a_entry, const QString& a_name, cases_ta
     return a_cases.save_as_case(a_name, inputs, run);
 }
 
-} // namespace
-
-void connect_history_to_cases(history_panel& a_history, folder_watch& a_watch, cases_tab& a_cases) {
+void connect_history(history_panel& a_history, cases_tab& a_cases) {
     QListWidget* list = a_history.list();
     auto* save = new QAction(tr("Save as Case…"), list);
     list->setContextMenuPolicy(Qt::ActionsContextMenu);
@@ -69,9 +74,33 @@ void connect_history_to_cases(history_panel& a_history, folder_watch& a_watch, c
             QMessageBox::warning(list, tr("Save as Case"), error);
         }
     });
+}
+
+} // namespace
+
+cases_tab* add_cases_tab(ui_controller& a_controller, workbench& a_bench) {
+    QMainWindow* window = a_controller.window();
+    auto* cases =
+        new cases_tab([&a_controller] { return a_controller.menu_model().selected_plugin(); });
+    if (auto* tabs = window->findChild<QTabWidget*>(QStringLiteral("m_result_tabs"))) {
+        tabs->addTab(cases, tr("Cases"));
+    } else {
+        cases->setParent(window);
+    }
+    // Connected after the controller's own handlers, so the tab reads the new selection.
+    if (auto* menu =
+            window->findChild<QComboBox*>(QStringLiteral("m_loaded_plusins_popup_button"))) {
+        QObject::connect(menu, &QComboBox::activated, cases, &cases_tab::reload);
+    }
+    if (auto* reload = window->findChild<QPushButton*>(QStringLiteral("m_reload_button"))) {
+        QObject::connect(reload, &QPushButton::clicked, cases, &cases_tab::reload);
+    }
+    connect_history(a_bench.history(), *cases);
     // Queued, so that the cases start once the re-run of the plug-in itself has ended.
-    QObject::connect(&a_watch, &folder_watch::rerun_due, &a_cases, &cases_tab::run_all,
+    QObject::connect(&a_bench.watch(), &folder_watch::rerun_due, cases, &cases_tab::run_all,
                      Qt::QueuedConnection);
+    QTimer::singleShot(0, cases, &cases_tab::reload);
+    return cases;
 }
 
 } // namespace qiro_plugin::debugger

@@ -1,14 +1,15 @@
 #pragma once
-// Ties the history and Run on save to the Cases tab: a kept run saved as a case, cases re-run.
+// The Cases tab in the window: beside the output, following the plug-in menu, fed by the
+// history ("Save as Case…") and re-run by Run on save.
 
 namespace qiro_plugin::debugger {
 
 class cases_tab;
-class folder_watch;
-class history_panel;
+class ui_controller;
+class workbench;
 
-// Adds "Save as case…" to the history list's context menu, and re-runs the cases after each
-// run that Run on save started.
-void connect_history_to_cases(history_panel& a_history, folder_watch& a_watch, cases_tab& a_cases);
+// Adds the Cases tab to the window's result tabs and ties it to the menu, the history and Run
+// on save; the tab is the window's child.
+cases_tab* add_cases_tab(ui_controller& a_controller, workbench& a_bench);
 
 } // namespace qiro_plugin::debugger

@@ -1,5 +1,4 @@
 #include "build_version.hpp"
-#include "debugger/window/cases_tab.hpp"
 #include "debugger/window/history_cases.hpp"
 #include "debugger/window/ui_controller.hpp"
 #include "debugger/window/window_translations.hpp"
@@ -7,13 +6,8 @@
 #include "platform/termination_signals.hpp"
 
 #include <QApplication>
-#include <QComboBox>
 #include <QCommandLineParser>
 #include <QIcon>
-#include <QMainWindow>
-#include <QPushButton>
-#include <QTabWidget>
-#include <QTimer>
 
 #include <cstdio>
 #include <memory>
@@ -96,26 +90,8 @@ int main(int argc, char* argv[]) {
 
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/qiro-lumen-debugger.svg")));
     auto& controller = qiro_plugin::debugger::ui_controller::getInstance();
-    // The Cases tab sits beside the output and follows the plug-in menu.
-    auto* cases = new qiro_plugin::debugger::cases_tab(
-        [&controller] { return controller.menu_model().selected_plugin(); });
-    if (auto* tabs = controller.window()->findChild<QTabWidget*>(QStringLiteral("m_result_tabs"))) {
-        tabs->addTab(cases, QCoreApplication::translate("command_line", "Cases"));
-    }
-    // Connected after the controller's own handlers, so the tab reads the new selection.
-    if (auto* menu = controller.window()->findChild<QComboBox*>(
-            QStringLiteral("m_loaded_plusins_popup_button"))) {
-        QObject::connect(menu, &QComboBox::activated, cases,
-                         &qiro_plugin::debugger::cases_tab::reload);
-    }
-    if (auto* reload =
-            controller.window()->findChild<QPushButton*>(QStringLiteral("m_reload_button"))) {
-        QObject::connect(reload, &QPushButton::clicked, cases,
-                         &qiro_plugin::debugger::cases_tab::reload);
-    }
     auto* bench = new qiro_plugin::debugger::workbench(controller);
-    qiro_plugin::debugger::connect_history_to_cases(bench->history(), bench->watch(), *cases);
+    qiro_plugin::debugger::add_cases_tab(controller, *bench);
     bench->start(options);
-    QTimer::singleShot(0, cases, &qiro_plugin::debugger::cases_tab::reload);
     return QApplication::exec();
 }

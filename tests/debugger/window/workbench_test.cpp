@@ -2,7 +2,9 @@
 #include "debugger/core/plugin_templates.hpp"
 #include "debugger/window/alert_box.hpp"
 #include "debugger/window/candidate_preview.hpp"
+#include "debugger/window/cases_tab.hpp"
 #include "debugger/window/diagnosis_list.hpp"
+#include "debugger/window/history_cases.hpp"
 #include "debugger/window/history_panel.hpp"
 #include "debugger/window/output_pane.hpp"
 #include "debugger/window/settings_dialog.hpp"
@@ -20,6 +22,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QFile>
+#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -47,6 +50,7 @@ private:
     QTemporaryDir m_plugins;
     QStringList m_alerts;
     workbench* m_bench = nullptr;
+    cases_tab* m_cases = nullptr;
 
     ui_controller& controller() { return ui_controller::getInstance(); }
     QMainWindow* window() { return controller().window(); }
@@ -107,6 +111,7 @@ private slots:
         set_alert_function([this](QWidget*, const QString& a_title) { m_alerts << a_title; });
         copy_sample(QStringLiteral("sample_python.py"));
         m_bench = new workbench(controller());
+        m_cases = add_cases_tab(controller(), *m_bench);
         start_options options;
         options.plugin_folder = m_plugins.path();
         options.restore_state = false;
@@ -275,11 +280,32 @@ private slots:
         QTRY_VERIFY(menu()->findText(QStringLiteral("edited.py")) >= 0);
         run_with(QStringLiteral("edited.py"), QStringLiteral("x"));
         QCOMPARE(m_bench->preview().table()->item(0, 0)->text(), QStringLiteral("first"));
+        // The run, kept by the history, becomes a case of the plug-in.
+        QListWidget* history = m_bench->history().list();
+        history->setCurrentRow(0);
+        QTimer::singleShot(0, this, [] {
+            auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+            QVERIFY(dialog != nullptr);
+            QCOMPARE(dialog->textValue(), QStringLiteral("x"));
+            dialog->setTextValue(QStringLiteral("offers first"));
+            dialog->accept();
+        });
+        history->actions().front()->trigger();
+        window()->activateWindow(); // after the dialog, for the window's shortcuts
+        QVERIFY(QTest::qWaitForWindowActive(window()));
+        QVERIFY(QFile::exists(path(QStringLiteral("edited.cases.json"))));
+        QCOMPARE(m_cases->case_list()->topLevelItemCount(), 1);
+        QCOMPARE(m_cases->case_list()->topLevelItem(0)->text(0), QStringLiteral("offers first"));
+
+        // Run on save re-runs the plug-in, then its cases, which see the change.
         m_bench->menus().run_on_save->setChecked(true);
+        QSignalSpy cases_run(m_cases, &cases_tab::cases_finished);
         write("edited.py", "def qiro_plugin_run_process(request):\n"
                            "    return {'candidate': [{'hyoki': 'second'}]}\n");
         QTRY_COMPARE(m_bench->preview().table()->item(0, 0)->text(), QStringLiteral("second"));
         QCOMPARE(menu()->currentText(), QStringLiteral("edited.py"));
+        QTRY_COMPARE(cases_run.count(), 1);
+        QCOMPARE(m_cases->case_list()->topLevelItem(0)->text(2), QStringLiteral("FAIL"));
         m_bench->menus().run_on_save->setChecked(false);
     }
 

@@ -39,10 +39,6 @@
 <context>
     <name>command_line</name>
     <message>
-        <source>Cases</source>
-        <translation>ケース</translation>
-    </message>
-    <message>
         <source>Runs qiro candidate script plug-ins as the plug-in manager would.</source>
         <translation>qiro の候補スクリプトプラグインを、プラグインマネージャと同じように実行します。</translation>
     </message>
@@ -610,6 +606,10 @@
 </context>
 <context>
     <name>history_cases</name>
+    <message>
+        <source>Cases</source>
+        <translation>ケース</translation>
+    </message>
     <message>
         <source>A callback run cannot be saved as a case from the history.</source>
         <translation>コールバックの実行は履歴からケースとして保存できません。</translation>
