@@ -96,9 +96,9 @@ cases_tab* add_cases_tab(ui_controller& a_controller, workbench& a_bench) {
         QObject::connect(reload, &QPushButton::clicked, cases, &cases_tab::reload);
     }
     connect_history(a_bench.history(), *cases);
-    // Queued, so that the cases start once the re-run of the plug-in itself has ended.
-    QObject::connect(&a_bench.watch(), &folder_watch::rerun_due, cases, &cases_tab::run_all,
-                     Qt::QueuedConnection);
+    // Connected after the workbench's own re-run, which blocks until the plug-in has ended, so
+    // the cases start after it and never inside it.
+    QObject::connect(&a_bench.watch(), &folder_watch::rerun_due, cases, &cases_tab::run_all);
     QTimer::singleShot(0, cases, &cases_tab::reload);
     return cases;
 }

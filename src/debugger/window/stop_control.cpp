@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <QThread>
 #include <QTimer>
 
 namespace qiro_plugin::debugger {
@@ -22,6 +23,10 @@ stop_control::stop_control(QPushButton* a_stop_button, QLabel* a_elapsed_label, 
     // The runner calls this between its 100 ms waits: everything but user input is handled
     // now, and held-back input is kept for later by the filter below.
     utility::set_run_command_wait_hook([this] {
+        // The Cases tab's workers run commands too; only the window's own thread turns its loop.
+        if (QThread::currentThread() != thread()) {
+            return;
+        }
         if (m_stop_requested) {
             utility::stop_running_commands(); // a command that started after Stop was pressed
         }
