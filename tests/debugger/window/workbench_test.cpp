@@ -265,6 +265,20 @@ private slots:
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), exact.toUtf8());
         QVERIFY(!pane->save_to_file(m_home.filePath(QStringLiteral("no/such/folder/x.txt"))));
+
+        // Past what the pane shows, the note counts the rest in characters, not bytes.
+        controller().clear_std_error_output_text();
+        std::string flood;
+        for (int line = 0; line < 700000; ++line) {
+            flood += "\xF0\x9F\x98\x80\xF0\x9F\x98\x80 \xE5\xA4\x89\xC3\xA9\n"; // 8 units
+        }
+        controller().add_std_error_output_utf8(flood);
+        QTRY_VERIFY_WITH_TIMEOUT(!pane->is_showing(), 60000);
+        const QString all = pane->toPlainText();
+        const qsizetype note = all.lastIndexOf(QStringLiteral("\n[… "));
+        const qsizetype hidden = all.mid(note + 4).section(QLatin1Char(' '), 0, 0).toLongLong();
+        QVERIFY2(note > 0 && hidden > 0, qPrintable(all.mid(note, 120)));
+        QCOMPARE(note + hidden, 700000 * 8 + 2); // what is shown, the rest, and CR LF
         controller().clear_std_error_output_text();
     }
 
