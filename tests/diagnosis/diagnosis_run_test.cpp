@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <future>
@@ -74,66 +75,36 @@ protected:
 };
 
 TEST_F(diagnosis_run, each_mistake_gives_its_code_and_place_in_every_language) {
-    struct row {
-        const char* file;
-        const char* code;
-        std::optional<std::uint32_t> line;
-    };
-    const row rows[] = {
-        {"syntax_error.py", "syntax_error", 4},
-        {"syntax_error.rb", "syntax_error", 3},
-        {"syntax_error.pl", "syntax_error", 6},
-        {"load_failed.py", "load_failed", 1},
-        {"load_failed.rb", "load_failed", 1},
-        {"load_failed.pl", "load_failed", 1},
-        {"entry_missing.py", "entry_missing", {}},
-        {"entry_missing.rb", "entry_missing", {}},
-        {"entry_missing.pl", "entry_missing", {}},
-        {"plugin_exception.py", "plugin_exception", 2},
-        {"plugin_exception.rb", "plugin_exception", 3},
-        {"plugin_exception.pl", "plugin_exception", 4},
-        {"stray_output.py", "stray_output", {}},
-        {"stray_output.rb", "stray_output", {}},
-        {"stray_output.pl", "stray_output", {}},
-        {"document_invalid.py", "document_invalid", {}},
-        {"document_invalid.rb", "document_invalid", {}},
-        {"document_invalid.pl", "document_invalid", {}},
-        {"not_utf8.py", "not_utf8", {}},
-        {"not_utf8.rb", "not_utf8", {}},
-        {"not_utf8.pl", "not_utf8", {}},
-        {"wrong_return_shape.py", "wrong_return_shape", {}},
-        {"wrong_return_shape.rb", "wrong_return_shape", {}},
-        {"wrong_return_shape.pl", "wrong_return_shape", {}},
-        {"candidate_dropped.py", "candidate_dropped", {}},
-        {"candidate_dropped.rb", "candidate_dropped", {}},
-        {"candidate_dropped.pl", "candidate_dropped", {}},
-        {"output_too_large.py", "output_too_large", {}},
-        {"output_too_large.rb", "output_too_large", {}},
-        {"output_too_large.pl", "output_too_large", {}},
-        {"stream_cut.py", "stream_cut", {}},
-        {"stream_cut.rb", "stream_cut", {}},
-        {"stream_cut.pl", "stream_cut", {}},
-        {"companion_xml_invalid.py", "companion_xml_invalid", 5},
-        {"companion_xml_invalid.rb", "companion_xml_invalid", 5},
-        {"companion_xml_invalid.pl", "companion_xml_invalid", 5},
-        {"no_language.txt", "no_language", {}},
-    };
-    // Three at a time: the runs wait on their interpreters far more than they compute.
-    for (std::size_t first = 0; first < std::size(rows); first += 3) {
-        const std::size_t end = std::min(first + 3, std::size(rows));
+    // The mistakes placed at a line, at that line in Python, Ruby and Perl, then the others.
+    std::vector<std::pair<std::string, std::array<std::optional<std::uint32_t>, 3>>> mistakes{
+        {"syntax_error", {4, 3, 6}},
+        {"load_failed", {1, 1, 1}},
+        {"plugin_exception", {2, 3, 4}},
+        {"companion_xml_invalid", {5, 5, 5}}};
+    for (const char* code :
+         {"entry_missing", "stray_output", "document_invalid", "not_utf8", "wrong_return_shape",
+          "candidate_dropped", "output_too_large", "stream_cut"}) {
+        mistakes.push_back({code, {}});
+    }
+    const char* const extensions[] = {".py", ".rb", ".pl"};
+    // A mistake's three runs at a time: they wait on their interpreters far more than they
+    // compute.
+    for (const auto& [code, lines] : mistakes) {
         std::vector<std::future<run_report>> batch;
-        for (std::size_t index = first; index < end; ++index) {
-            batch.push_back(std::async(std::launch::async, [this, &rows, index] {
-                return run(m_fixtures, rows[index].file);
+        for (const char* extension : extensions) {
+            batch.push_back(std::async(std::launch::async, [this, file = code + extension] {
+                return run(m_fixtures, file);
             }));
         }
-        for (std::size_t index = first; index < end; ++index) {
-            const auto& [file, code, line] = rows[index];
+        for (std::size_t language = 0; language < 3; ++language) {
+            const std::string file = code + extensions[language];
             const std::string place =
-                std::string(code) == "companion_xml_invalid" ? "companion_xml_invalid.xml" : file;
-            expect_finding(file, code, line, batch[index - first].get(), place);
+                code == "companion_xml_invalid" ? "companion_xml_invalid.xml" : file;
+            expect_finding(file, code, lines[language], batch[language].get(), place);
         }
     }
+    expect_finding("no_language.txt", "no_language", {}, run(m_fixtures, "no_language.txt"),
+                   "no_language.txt");
 }
 
 TEST_F(diagnosis_run, missing_and_slow_interpreters_are_named) {
