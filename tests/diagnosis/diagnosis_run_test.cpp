@@ -72,6 +72,7 @@ protected:
     test_support::scratch_folder m_home{"qiro-diagnosis"};
     std::string m_saved_path;
     const fs::path m_fixtures = fs::path(QIRO_TEST_DATA_DIR) / "diagnosis";
+    const fs::path m_samples = fs::path(QIRO_BINARY_DIR) / "bin" / "plugin";
 };
 
 TEST_F(diagnosis_run, each_mistake_gives_its_code_and_place_in_every_language) {
@@ -125,18 +126,15 @@ TEST_F(diagnosis_run, missing_and_slow_interpreters_are_named) {
     }
     for (const auto& [folder, code] :
          {std::pair{empty, "interpreter_missing"}, std::pair{shims, "interpreter_slow"}}) {
-        ::setenv("PATH", (folder.string() + ":/usr/bin:/bin").c_str(), 1);
-        if (folder == empty) {
-            ::setenv("PATH", folder.c_str(), 1);
-        }
-        for (const char* file : {"good.py", "good.rb", "good.pl"}) {
-            expect_finding(file, code, {}, run(m_fixtures, file), file);
+        const std::string path = folder == empty ? "" : ":/usr/bin:/bin";
+        ::setenv("PATH", (folder.string() + path).c_str(), 1);
+        for (const char* file : {"sample_python.py", "sample_ruby.rb", "sample_perl.pl"}) {
+            expect_finding(file, code, {}, run(m_samples, file), file);
         }
     }
 }
 
 TEST_F(diagnosis_run, a_good_run_spawns_only_the_two_faithful_commands) {
-    const fs::path samples = fs::path(QIRO_BINARY_DIR) / "bin" / "plugin";
     struct row {
         fs::path folder;
         const char* file;
@@ -144,10 +142,10 @@ TEST_F(diagnosis_run, a_good_run_spawns_only_the_two_faithful_commands) {
         std::uint64_t commands; // syntax check, run, and the probe when there is one
     };
     const row rows[] = {
-        {samples, "sample_python.py", probe_policy::after_failure, 2},
-        {samples, "sample_ruby.rb", probe_policy::after_failure, 2},
-        {samples, "sample_perl.pl", probe_policy::after_failure, 2},
-        {samples, "sample_python.py", probe_policy::always, 3},
+        {m_samples, "sample_python.py", probe_policy::after_failure, 2},
+        {m_samples, "sample_ruby.rb", probe_policy::after_failure, 2},
+        {m_samples, "sample_perl.pl", probe_policy::after_failure, 2},
+        {m_samples, "sample_python.py", probe_policy::always, 3},
         {m_fixtures, "wrong_return_shape.py", probe_policy::after_failure, 3},
         {m_fixtures, "wrong_return_shape.py", probe_policy::never, 2},
     };
@@ -155,7 +153,7 @@ TEST_F(diagnosis_run, a_good_run_spawns_only_the_two_faithful_commands) {
         const auto before = utility::started_command_count();
         const auto report = run(folder, file, policy);
         EXPECT_EQ(utility::started_command_count() - before, commands) << file;
-        if (folder == samples) {
+        if (folder == m_samples) {
             EXPECT_FALSE(report.candidates.empty()) << file;
             EXPECT_FALSE(diagnosis::has_error(report.findings)) << file;
         }
