@@ -1,5 +1,7 @@
 #include "cli_process.hpp"
 
+#include <gtest/gtest.h>
+
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -36,6 +38,13 @@ pid_t spawn_process(const std::vector<std::string>& a_arguments,
 const std::string qiro_lumen = std::string(QIRO_BINARY_DIR) + "/bin/qiro-lumen";
 
 } // namespace
+
+nlohmann::ordered_json parse_json(const process_result& a_result) {
+    auto parsed = nlohmann::ordered_json::parse(a_result.out, nullptr, false);
+    EXPECT_FALSE(parsed.is_discarded())
+        << "not JSON: " << a_result.out << "\nstderr: " << a_result.err;
+    return parsed;
+}
 
 bool wait_for(const std::function<bool()>& a_done, std::chrono::seconds a_limit) {
     for (auto deadline = std::chrono::steady_clock::now() + a_limit;

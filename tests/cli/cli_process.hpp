@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -19,6 +20,8 @@ struct process_result {
     std::string err;
 };
 
+// The standard output read as JSON; a test failure when it is not.
+nlohmann::ordered_json parse_json(const process_result& a_result);
 // Waits up to a_limit for a_done to hold; whether it does.
 bool wait_for(const std::function<bool()>& a_done, std::chrono::seconds a_limit);
 // Whether the process is gone, or only a zombie waiting for a reaper.

@@ -70,7 +70,7 @@ TEST(cli_sandbox, a_confined_plugin_reaches_only_its_data_folder_and_the_network
                 const auto result =
                     box.run({"run", "--json", row.option, (folder / plugin).string(), port});
                 ASSERT_EQ(result.status, 0) << result.err;
-                const auto report = json::parse(result.out);
+                const auto report = parse_json(result);
                 std::string seen;
                 for (const auto& candidate : report["candidates"]) {
                     seen += candidate["title"].get<std::string>() + " ";

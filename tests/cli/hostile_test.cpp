@@ -2,6 +2,7 @@
 // does, the program ends, reports it, leaves no file or process of its own behind, and the next
 // ordinary run works.
 #include "cli_process.hpp"
+#include "support/process_scan.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +20,6 @@ namespace qiro_plugin::cli::testing {
 namespace {
 
 namespace fs = std::filesystem;
-using json = nlohmann::ordered_json;
 
 constexpr std::size_t stream_limit = 64 * 1024 * 1024;
 constexpr std::size_t document_limit = 10 * 1024 * 1024;
@@ -51,19 +51,6 @@ struct hostile_case {
     std::set<int> statuses;
     std::set<std::string> left_in_data_folder = {}; // files the plug-in itself made
 };
-
-// The processes still running with this run's mark in their environment.
-std::vector<std::string> marked_processes(const std::string& a_mark) {
-    std::vector<std::string> found;
-    for (const auto& entry : fs::directory_iterator("/proc")) {
-        const std::string environment = test_support::read_file(entry.path() / "environ");
-        if (environment.find(a_mark) != std::string::npos) {
-            found.push_back(entry.path().filename().string() + " " +
-                            test_support::read_file(entry.path() / "cmdline"));
-        }
-    }
-    return found;
-}
 
 std::set<std::string> names_in(const fs::path& a_folder) {
     std::set<std::string> names;
@@ -112,12 +99,10 @@ public:
 
     // Nothing of the run is left: no process, no bridge file, nothing in the temporary folder.
     void expect_nothing_left(const std::set<std::string>& a_made_by_plugin, const char* a_case) {
-        auto processes = marked_processes(m_mark);
-        for (int wait = 0; wait < 30 && !processes.empty(); ++wait) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            processes = marked_processes(m_mark);
-        }
-        EXPECT_THAT(processes, ::testing::IsEmpty()) << a_case;
+        EXPECT_TRUE(
+            wait_for([this] { return test_support::processes_mentioning(m_mark, "environ") == 0; },
+                     std::chrono::seconds(3)))
+            << a_case;
         auto expected = m_data_before;
         expected.insert(a_made_by_plugin.begin(), a_made_by_plugin.end());
         EXPECT_EQ(names_in(data_folder()), expected) << a_case;
@@ -130,12 +115,6 @@ private:
     std::string m_mark = "QIRO_HOSTILE_MARK=" + m_sandbox.root().filename().string();
     std::set<std::string> m_data_before;
 };
-
-json parsed(const process_result& a_result) {
-    auto report = json::parse(a_result.out, nullptr, false);
-    EXPECT_FALSE(report.is_discarded()) << a_result.err;
-    return report;
-}
 
 // Runs each case in each of its languages; every run in a sandbox of its own, all at once, so
 // that cases which end at the 30-second time-out cost that time once.
@@ -158,7 +137,7 @@ void run_cases(const std::vector<hostile_case>& a_cases) {
                     << label << "\n"
                     << result.err.substr(0, 2000);
                 if (result.status == 0) {
-                    EXPECT_EQ(parsed(result)["candidates"][0]["title"], "ok") << label;
+                    EXPECT_EQ(parse_json(result)["candidates"][0]["title"], "ok") << label;
                 }
                 run.expect_nothing_left(the_case.left_in_data_folder, label.c_str());
             };
@@ -252,13 +231,14 @@ $stdout.write(h + i * k + "\n" * (r - k * i.size) + f); $stdout.flush; exit!(0))
         run.set("QIRO_SIZE", std::to_string(document_limit));
         auto result = run.run(file);
         EXPECT_EQ(result.status, 0) << file << result.err;
-        EXPECT_EQ(parsed(result)["run_stdout"].get<std::string>().size(), document_limit) << file;
+        EXPECT_EQ(parse_json(result)["run_stdout"].get<std::string>().size(), document_limit)
+            << file;
         run.set("QIRO_SIZE", std::to_string(document_limit + 1));
         result = run.run(file);
         // Over the reader's limit the run either reports the document as not parsed or ends
         // with the run error; either way no candidate comes from it.
         EXPECT_THAT((std::set<int>{1, 3}), ::testing::Contains(result.status)) << file;
-        const auto report = parsed(result);
+        const auto report = parse_json(result);
         EXPECT_THAT(report["candidates"], ::testing::IsEmpty()) << file;
         if (result.status == 1) {
             EXPECT_EQ(report["run_stdout"].get<std::string>().size(), document_limit + 1) << file;
@@ -285,7 +265,7 @@ TEST(hostile, file_names_and_companion_documents_that_fight_back) {
             // A title's line break reads as a blank, as every field's does.
             std::string title = file;
             std::replace(title.begin(), title.end(), '\n', ' ');
-            EXPECT_EQ(parsed(result)["candidates"][0]["title"], title);
+            EXPECT_EQ(parse_json(result)["candidates"][0]["title"], title);
         }
         run.expect_nothing_left({"x"}, extension);
     }

@@ -1,5 +1,6 @@
 #include "debugger/core/debug_runner.hpp"
 #include "debugger/core/pane_text_sink.hpp"
+#include "debugger/core/run_fakes.hpp"
 #include "platform/command_runner.hpp"
 #include "support/scratch_folder.hpp"
 
@@ -17,10 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 using diagnosis::finding;
 
-struct ignored_alerts : alert_sink {
-    void show_alert(const std::string&) override {}
-};
-
 // Real runs of the fixture plug-ins, in a home folder of their own.
 class diagnosis_run : public ::testing::Test {
 protected:
@@ -32,7 +29,7 @@ protected:
     static run_report run(const fs::path& a_folder, const std::string& a_file,
                           probe_policy a_policy = probe_policy::after_failure) {
         pane_text_sink panes;
-        ignored_alerts alerts;
+        testing::recording_sinks alerts;
         debug_runner runner(panes, alerts);
         runner.set_probe_policy(a_policy);
         const std::string folder = a_folder.string() + "/";

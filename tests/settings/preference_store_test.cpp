@@ -7,6 +7,7 @@ namespace {
 
 using namespace qiro_plugin::preferences;
 using qiro_test::private_home;
+using test_support::mode_of;
 using value = preference_value;
 
 constexpr auto user = preference_scope::current_user_any_host;
@@ -16,10 +17,6 @@ const std::string domain = "org.example.Store";
 std::size_t files_in(const std::filesystem::path& a_folder) {
     const std::filesystem::directory_iterator entries(a_folder);
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
-unsigned mode_of(const std::filesystem::path& a_path) {
-    return static_cast<unsigned>(std::filesystem::status(a_path).permissions());
 }
 
 // The write goes through a temporary file and a rename, over the file as it is at that moment.

@@ -8,8 +8,9 @@
 
 namespace test_support {
 
-// How many live processes (zombies aside) hold a_marker in their command line.
-inline int processes_mentioning(const std::string& a_marker) {
+// How many live processes (zombies aside) hold a_marker in their command line, or in another
+// file of theirs under /proc such as "environ".
+inline int processes_mentioning(const std::string& a_marker, const char* a_where = "cmdline") {
     int found = 0;
     std::error_code error;
     // Processes come and go while the folder is read: step on without throwing.
@@ -21,7 +22,7 @@ inline int processes_mentioning(const std::string& a_marker) {
         const std::string stat = read_file(entry->path() / "stat");
         const auto state = stat.rfind(") ");
         found += state != std::string::npos && stat[state + 2] != 'Z' &&
-                 read_file(entry->path() / "cmdline").find(a_marker) != std::string::npos;
+                 read_file(entry->path() / a_where).find(a_marker) != std::string::npos;
     }
     return found;
 }
