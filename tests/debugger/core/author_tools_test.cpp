@@ -33,8 +33,6 @@ TEST(plugin_templates, a_new_plugin_of_each_language_runs_all_three_entries) {
          {template_language::python, template_language::ruby, template_language::perl}) {
         const std::string name = "new_" + std::string(template_extension(language));
         const auto created = create_plugin_from_template(home.path(), language, name);
-        EXPECT_EQ(created.plugin_file.filename().string(),
-                  name + "." + std::string(template_extension(language)));
         const plugin_entry plugin{folder_of(home.path()),
                                   utf16_string(created.plugin_file.filename().u16string())};
 
