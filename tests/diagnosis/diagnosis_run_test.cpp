@@ -76,10 +76,7 @@ TEST_F(diagnosis_run, each_mistake_gives_its_code_and_place_in_every_language) {
     // The mistakes placed at a line, at that line in Python, Ruby and Perl, then those each
     // bridge reports in its own way.
     std::vector<std::pair<std::string, std::array<std::optional<std::uint32_t>, 3>>> mistakes{
-        {"syntax_error", {4, 3, 6}},
-        {"load_failed", {1, 1, 1}},
-        {"plugin_exception", {2, 3, 4}},
-        {"companion_xml_invalid", {5, 5, 5}}};
+        {"syntax_error", {4, 3, 6}}, {"load_failed", {1, 1, 1}}, {"plugin_exception", {2, 3, 4}}};
     for (const char* code : {"entry_missing", "wrong_return_shape", "candidate_dropped"}) {
         mistakes.push_back({code, {}});
     }
@@ -95,12 +92,13 @@ TEST_F(diagnosis_run, each_mistake_gives_its_code_and_place_in_every_language) {
         }
         for (std::size_t language = 0; language < 3; ++language) {
             const std::string file = code + extensions[language];
-            const std::string place =
-                code == "companion_xml_invalid" ? "companion_xml_invalid.xml" : file;
-            expect_finding(file, code, lines[language], batch[language].get(), place);
+            expect_finding(file, code, lines[language], batch[language].get(), file);
         }
     }
-    // What is found in the bytes of the outputs alone, the same for every language.
+    // What is found in the companion document or in the bytes of the outputs alone, the same
+    // for every language.
+    expect_finding("companion_xml_invalid.py", "companion_xml_invalid", 5,
+                   run(m_fixtures, "companion_xml_invalid.py"), "companion_xml_invalid.xml");
     for (const std::string code :
          {"stray_output", "document_invalid", "not_utf8", "output_too_large", "stream_cut"}) {
         expect_finding(code + ".py", code, {}, run(m_fixtures, code + ".py"), code + ".py");
