@@ -52,15 +52,6 @@ struct hostile_case {
     std::set<std::string> left_in_data_folder = {}; // files the plug-in itself made
 };
 
-std::set<std::string> names_in(const fs::path& a_folder) {
-    std::set<std::string> names;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(a_folder, error)) {
-        names.insert(entry.path().filename().string());
-    }
-    return names;
-}
-
 // A sandbox of its own per run, so that runs can go in parallel; everything a run starts
 // carries a mark in its environment, and its temporary folder is private.
 class hostile_run {
@@ -71,7 +62,7 @@ public:
         fs::create_directories(m_sandbox.root() / "tmp");
         // The ordinary run first: it makes the data folder, whose content is then known.
         expect_ordinary_run_works();
-        m_data_before = names_in(data_folder());
+        m_data_before = test_support::names_in(data_folder());
     }
 
     fs::path data_folder() const {
@@ -105,8 +96,9 @@ public:
             << a_case;
         auto expected = m_data_before;
         expected.insert(a_made_by_plugin.begin(), a_made_by_plugin.end());
-        EXPECT_EQ(names_in(data_folder()), expected) << a_case;
-        EXPECT_THAT(names_in(m_sandbox.root() / "tmp"), ::testing::IsEmpty()) << a_case;
+        EXPECT_EQ(test_support::names_in(data_folder()), expected) << a_case;
+        EXPECT_THAT(test_support::names_in(m_sandbox.root() / "tmp"), ::testing::IsEmpty())
+            << a_case;
         expect_ordinary_run_works();
     }
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -21,6 +22,16 @@ inline void write_file(const std::filesystem::path& a_path, const std::string& a
     std::error_code ignored;
     std::filesystem::create_directories(a_path.parent_path(), ignored);
     std::ofstream(a_path, std::ios::binary | std::ios::trunc) << a_bytes;
+}
+
+// The names of what a folder holds; none when it cannot be read.
+inline std::set<std::string> names_in(const std::filesystem::path& a_folder) {
+    std::set<std::string> names;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(a_folder, error)) {
+        names.insert(entry.path().filename().string());
+    }
+    return names;
 }
 
 // The file's permission bits, all of them set when it cannot be looked at.
