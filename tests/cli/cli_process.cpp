@@ -46,19 +46,6 @@ nlohmann::ordered_json parse_json(const process_result& a_result) {
     return parsed;
 }
 
-bool wait_for(const std::function<bool()>& a_done, std::chrono::seconds a_limit) {
-    for (auto deadline = std::chrono::steady_clock::now() + a_limit;
-         !a_done() && std::chrono::steady_clock::now() < deadline;) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return a_done();
-}
-
-bool is_ended(const std::string& a_pid) {
-    const std::string stat = test_support::read_file("/proc/" + a_pid + "/stat");
-    return stat.empty() || stat.find(") Z") != std::string::npos;
-}
-
 int signal_and_reap(pid_t a_pid, int a_signal) {
     int status = -1;
     return ::kill(a_pid, a_signal) == 0 && ::waitpid(a_pid, &status, 0) == a_pid ? status : -1;

@@ -1,7 +1,7 @@
 #pragma once
 // Runs the built qiro-lumen as a child process in a private home and collects what it wrote.
 
-#include "support/scratch_folder.hpp"
+#include "support/process_scan.hpp"
 
 #include <chrono>
 #include <filesystem>
@@ -22,10 +22,8 @@ struct process_result {
 
 // The standard output read as JSON; a test failure when it is not.
 nlohmann::ordered_json parse_json(const process_result& a_result);
-// Waits up to a_limit for a_done to hold; whether it does.
-bool wait_for(const std::function<bool()>& a_done, std::chrono::seconds a_limit);
-// Whether the process is gone, or only a zombie waiting for a reaper.
-bool is_ended(const std::string& a_pid);
+using test_support::is_ended;
+using test_support::wait_for;
 // Sends the signal to the process and reaps it: its wait status, -1 when either fails.
 int signal_and_reap(pid_t a_pid, int a_signal);
 

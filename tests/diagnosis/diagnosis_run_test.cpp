@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -38,12 +39,10 @@ protected:
     }
 
     static const finding* find(const run_report& a_report, const std::string& a_code) {
-        for (const auto& item : a_report.findings) {
-            if (item.code == a_code) {
-                return &item;
-            }
-        }
-        return nullptr;
+        const auto& all = a_report.findings;
+        const auto found = std::find_if(
+            all.begin(), all.end(), [&](const finding& a_item) { return a_item.code == a_code; });
+        return found == all.end() ? nullptr : &*found;
     }
 
     // The fixture's run has a finding of the code, placed in a_place_file at a_line.
