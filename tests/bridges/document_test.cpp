@@ -1,6 +1,7 @@
 #include "bridge_runner.hpp"
 
-#include <cstdio>
+#include <nlohmann/json.hpp>
+
 #include <utility>
 
 namespace qiro_plugin::test {
@@ -12,26 +13,16 @@ const std::string k_a = "\xE3\x81\x82"; // あ
 const std::string k_jump = "url_jump_string";
 const std::string k_definite = "definite_string";
 
-// A run result spelled in JSON; quotes, backslashes and controls go as \u escapes.
+// A run result spelled in JSON.
 std::string result(const std::vector<fields>& a_candidates) {
-    std::string text = "{\"candidate\":[";
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const auto& each : a_candidates) {
-        text += text.back() == '[' ? "{" : ",{";
+        auto& candidate = list.emplace_back(nlohmann::ordered_json::object());
         for (const auto& [key, value] : each) {
-            text += (text.back() == '{' ? "\"" : ",\"") + key + "\":\"";
-            for (const char letter : value) {
-                char escape[8];
-                std::snprintf(escape, sizeof(escape), "\\u%04x",
-                              static_cast<unsigned char>(letter));
-                const bool plain =
-                    letter != '"' && letter != '\\' && static_cast<unsigned char>(letter) >= 0x20;
-                text += plain ? std::string(1, letter) : std::string(escape);
-            }
-            text += "\"";
+            candidate[key] = value;
         }
-        text += "}";
     }
-    return text + "]}";
+    return nlohmann::ordered_json{{"candidate", list}}.dump();
 }
 
 fields titled(const std::string& a_title, fields a_fields = {}) {

@@ -138,9 +138,7 @@ TEST_P(bridge_protocol, every_request_value_arrives_decoded) {
     expect_reply("[loaded]run_preference:path=/home/u/\xE8\xA8\xAD\xE5\xAE\x9A x");
 
     // Loading leaves nothing beside the plug-in (no compiled cache).
-    const auto entries = std::distance(std::filesystem::directory_iterator(m_plugins),
-                                       std::filesystem::directory_iterator());
-    EXPECT_EQ(entries, 1);
+    EXPECT_EQ(test_support::names_in(m_plugins).size(), 1U);
 }
 
 INSTANTIATE_TEST_SUITE_P(bridges, bridge_protocol, ::testing::ValuesIn(k_languages),

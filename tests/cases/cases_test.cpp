@@ -161,16 +161,17 @@ TEST(case_check, compares_what_the_case_names_and_says_what_differs) {
          "differ (match contains)", "- hyoki=\"三\"\n+ 1. hyoki=\"一\"\n+ 2. hyoki=\"二\"\n"},
         {R"({"stderr_contains": ["slow", "fast"]})", &good, "does not contain \"fast\"", ""},
     };
+    const auto lines_of = [](const std::vector<std::string>& a_lines) {
+        std::string joined;
+        for (const auto& line : a_lines) {
+            joined += line + "\n";
+        }
+        return joined;
+    };
     for (const auto& [expect, run, problems, diff] : rows) {
         const auto result = check_case(expectation_of(expect), *run);
-        std::string joined;
-        for (const auto& problem : result.problems) {
-            joined += problem + "\n";
-        }
-        std::string diff_text;
-        for (const auto& line : result.diff) {
-            diff_text += line + "\n";
-        }
+        const std::string joined = lines_of(result.problems);
+        const std::string diff_text = lines_of(result.diff);
         EXPECT_EQ(result.passed, *problems == '\0') << expect << "\n" << joined;
         EXPECT_THAT(joined, HasSubstr(problems)) << expect;
         EXPECT_EQ(diff_text, diff) << expect;

@@ -2,11 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <csignal>
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <thread>
 
 namespace qiro_plugin::cli::testing {
 namespace {
@@ -32,33 +28,18 @@ TEST(cli_author, new_writes_a_template_that_watch_runs_again_after_each_save) {
     const auto plugin = sandbox.plugins() / "mine.py";
     ASSERT_TRUE(std::filesystem::exists(sandbox.plugins() / "mine.xml"));
 
-    const std::string out = (sandbox.root() / "watch.out").string();
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    const pid_t child =
-        spawn_process({qiro_lumen_path(), "run", "--watch", plugin.string(), "変換"},
-                      sandbox.environment, &actions);
-    posix_spawn_file_actions_destroy(&actions);
+    const auto out = sandbox.root() / "watch.out";
+    const pid_t child = sandbox.start({"run", "--watch", plugin.string(), "変換"}, out);
     ASSERT_GT(child, 0);
     const auto shows = [&](const std::string& a_text) {
-        for (auto deadline = std::chrono::steady_clock::now() + 60s;
-             std::chrono::steady_clock::now() < deadline; std::this_thread::sleep_for(50ms)) {
-            if (read_file(out).find(a_text) != std::string::npos) {
-                return true;
-            }
-        }
-        return false;
+        return wait_for([&] { return read_file(out).find(a_text) != std::string::npos; }, 60s);
     };
     EXPECT_TRUE(shows("info: mine")) << read_file(out);
     std::string source = read_file(plugin);
     source.replace(source.find("\"info\": \"mine\""), 14, "\"info\": \"saved\"");
     test_support::write_file(plugin, source);
     EXPECT_TRUE(shows("info: saved")) << read_file(out);
-    ::kill(child, SIGINT);
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_NE(signal_and_reap(child, SIGINT), -1);
 }
 
 } // namespace

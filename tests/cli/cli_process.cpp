@@ -1,14 +1,22 @@
 #include "cli_process.hpp"
 
+#include <gtest/gtest.h>
+
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace qiro_plugin::cli::testing {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// Starts a program with exactly the given environment; -1 when it cannot be started.
 pid_t spawn_process(const std::vector<std::string>& a_arguments,
                     const std::map<std::string, std::string>& a_environment,
                     const posix_spawn_file_actions_t* a_actions) {
@@ -27,8 +35,20 @@ pid_t spawn_process(const std::vector<std::string>& a_arguments,
     return posix_spawn(&child, argv[0], a_actions, nullptr, argv.data(), environ) == 0 ? child : -1;
 }
 
-std::string qiro_lumen_path() {
-    return std::string(QIRO_BINARY_DIR) + "/bin/qiro-lumen";
+const std::string qiro_lumen = std::string(QIRO_BINARY_DIR) + "/bin/qiro-lumen";
+
+} // namespace
+
+nlohmann::ordered_json parse_json(const process_result& a_result) {
+    auto parsed = nlohmann::ordered_json::parse(a_result.out, nullptr, false);
+    EXPECT_FALSE(parsed.is_discarded())
+        << "not JSON: " << a_result.out << "\nstderr: " << a_result.err;
+    return parsed;
+}
+
+int signal_and_reap(pid_t a_pid, int a_signal) {
+    int status = -1;
+    return ::kill(a_pid, a_signal) == 0 && ::waitpid(a_pid, &status, 0) == a_pid ? status : -1;
 }
 
 cli_sandbox::cli_sandbox() {
@@ -68,8 +88,20 @@ process_result cli_sandbox::run_program(const std::vector<std::string>& a_argume
 
 process_result cli_sandbox::run(std::vector<std::string> a_arguments,
                                 const std::string& a_input) const {
-    a_arguments.insert(a_arguments.begin(), qiro_lumen_path());
+    a_arguments.insert(a_arguments.begin(), qiro_lumen);
     return run_program(a_arguments, a_input);
+}
+
+pid_t cli_sandbox::start(std::vector<std::string> a_arguments, const fs::path& a_output) const {
+    a_arguments.insert(a_arguments.begin(), qiro_lumen);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, a_output.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                     0600);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    const pid_t child = spawn_process(a_arguments, environment, &actions);
+    posix_spawn_file_actions_destroy(&actions);
+    return child;
 }
 
 } // namespace qiro_plugin::cli::testing

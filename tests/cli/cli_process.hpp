@@ -1,12 +1,15 @@
 #pragma once
 // Runs the built qiro-lumen as a child process in a private home and collects what it wrote.
 
-#include "support/scratch_folder.hpp"
+#include "support/process_scan.hpp"
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
 #include <map>
-#include <spawn.h>
+#include <nlohmann/json.hpp>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace qiro_plugin::cli::testing {
@@ -17,13 +20,12 @@ struct process_result {
     std::string err;
 };
 
-// Starts a program with exactly the given environment; -1 when it cannot be started.
-pid_t spawn_process(const std::vector<std::string>& a_arguments,
-                    const std::map<std::string, std::string>& a_environment,
-                    const posix_spawn_file_actions_t* a_actions = nullptr);
-
-// The path of the built program.
-std::string qiro_lumen_path();
+// The standard output read as JSON; a test failure when it is not.
+nlohmann::ordered_json parse_json(const process_result& a_result);
+using test_support::is_ended;
+using test_support::wait_for;
+// Sends the signal to the process and reaps it: its wait status, -1 when either fails.
+int signal_and_reap(pid_t a_pid, int a_signal);
 
 // A fresh home, machine preferences folder and plug-in folder (a copy of the fixtures), all
 // removed at the end; every program started through it sees only these.
@@ -40,6 +42,10 @@ public:
                                const std::string& a_input = {}) const;
     // qiro-lumen with these arguments.
     process_result run(std::vector<std::string> a_arguments, const std::string& a_input = {}) const;
+    // Starts qiro-lumen with these arguments and goes on, its standard output written to
+    // a_output, its standard error dropped; -1 when it cannot be started.
+    pid_t start(std::vector<std::string> a_arguments,
+                const std::filesystem::path& a_output = "/dev/null") const;
 
     std::map<std::string, std::string> environment;
 

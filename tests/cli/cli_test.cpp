@@ -14,13 +14,6 @@ using json = nlohmann::ordered_json;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-json parse_json(const process_result& a_result) {
-    auto parsed = json::parse(a_result.out, nullptr, false);
-    EXPECT_FALSE(parsed.is_discarded())
-        << "not JSON: " << a_result.out << "\nstderr: " << a_result.err;
-    return parsed;
-}
-
 // What echo_request.py reports seeing, for a request without reading.
 const std::string no_proxy = "proxy_name=;proxy_port=0;proxy_username=;proxy_password=";
 
@@ -96,7 +89,6 @@ TEST_F(cli_run, written_form_limits_count_utf16_code_units) {
     const std::string empty = "Enter the written form (hyoki) to hand to the plug-in.";
     for (const auto& [refused, alert] : std::vector<std::pair<std::string, std::string>>{
              {hundred + "c", too_long},
-             {std::string(101, 'x'), too_long},
              {"", empty},
              {"\xFF\xFE", "the written form is not valid UTF-8 text"}}) {
         result = run_json("echo_request.py", refused);
@@ -155,7 +147,6 @@ TEST_F(cli_run, plugins_that_cannot_run_or_whose_output_does_not_parse_exit_with
     // A failed syntax check, from an interpreter that warns before its answer ("syntax ok" must
     // open the output): its output is shown and nothing runs.
     const auto fake_bin = sandbox.root() / "fake-bin";
-    fs::create_directory(fake_bin);
     test_support::write_file(fake_bin / "ruby", "#!/bin/sh\necho 'ruby: warning: odd set-up'\n"
                                                 "printf 'syntax ok'\necho 'to stderr' >&2\n");
     fs::permissions(fake_bin / "ruby", fs::perms::owner_all);
@@ -178,7 +169,6 @@ TEST_F(cli_run, bad_usage_and_run_errors_have_their_own_statuses) {
 
     // The data folder's place is taken by a file: looking it up ends the run with an exception.
     const auto data_folder = sandbox.home() / "Library" / "Preferences" / "QIRO Lumen";
-    fs::create_directories(data_folder.parent_path());
     test_support::write_file(data_folder, "in the way");
     result = run_json("echo_request.py", "a");
     EXPECT_EQ(result.status, 3);
@@ -260,7 +250,7 @@ TEST_F(cli_commands, list_shows_the_menu_one_file_a_line) {
 TEST_F(cli_commands, settings_show_and_set_round_trip_without_revealing_the_password) {
     auto result = sandbox.run({"settings", "show", "--json"});
     ASSERT_EQ(result.status, 0) << result.err;
-    const auto shown = json::parse(result.out);
+    const auto shown = parse_json(result);
     EXPECT_EQ(shown["automatically_displayed_candidate"], true);
     EXPECT_EQ(shown["proxy_password"], "empty");
 
@@ -281,7 +271,7 @@ TEST_F(cli_commands, settings_show_and_set_round_trip_without_revealing_the_pass
         EXPECT_FALSE(result.err.empty()) << bad;
     }
     result = sandbox.run({"settings", "show", "--json"});
-    EXPECT_EQ(json::parse(result.out)["proxy_port"], 3128) << "a refused set writes nothing";
+    EXPECT_EQ(parse_json(result)["proxy_port"], 3128) << "a refused set writes nothing";
 
     // A key code the plug-in manager cannot assign is replaced by the default, with a warning.
     result = sandbox.run({"settings", "set", "key_plugin_candidate_change=7"});

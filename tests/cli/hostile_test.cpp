@@ -2,6 +2,7 @@
 // does, the program ends, reports it, leaves no file or process of its own behind, and the next
 // ordinary run works.
 #include "cli_process.hpp"
+#include "support/process_scan.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +20,6 @@ namespace qiro_plugin::cli::testing {
 namespace {
 
 namespace fs = std::filesystem;
-using json = nlohmann::ordered_json;
 
 constexpr std::size_t stream_limit = 64 * 1024 * 1024;
 constexpr std::size_t document_limit = 10 * 1024 * 1024;
@@ -52,28 +52,6 @@ struct hostile_case {
     std::set<std::string> left_in_data_folder = {}; // files the plug-in itself made
 };
 
-// The processes still running with this run's mark in their environment.
-std::vector<std::string> marked_processes(const std::string& a_mark) {
-    std::vector<std::string> found;
-    for (const auto& entry : fs::directory_iterator("/proc")) {
-        const std::string environment = test_support::read_file(entry.path() / "environ");
-        if (environment.find(a_mark) != std::string::npos) {
-            found.push_back(entry.path().filename().string() + " " +
-                            test_support::read_file(entry.path() / "cmdline"));
-        }
-    }
-    return found;
-}
-
-std::set<std::string> names_in(const fs::path& a_folder) {
-    std::set<std::string> names;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(a_folder, error)) {
-        names.insert(entry.path().filename().string());
-    }
-    return names;
-}
-
 // A sandbox of its own per run, so that runs can go in parallel; everything a run starts
 // carries a mark in its environment, and its temporary folder is private.
 class hostile_run {
@@ -84,7 +62,7 @@ public:
         fs::create_directories(m_sandbox.root() / "tmp");
         // The ordinary run first: it makes the data folder, whose content is then known.
         expect_ordinary_run_works();
-        m_data_before = names_in(data_folder());
+        m_data_before = test_support::names_in(data_folder());
     }
 
     fs::path data_folder() const {
@@ -112,16 +90,15 @@ public:
 
     // Nothing of the run is left: no process, no bridge file, nothing in the temporary folder.
     void expect_nothing_left(const std::set<std::string>& a_made_by_plugin, const char* a_case) {
-        auto processes = marked_processes(m_mark);
-        for (int wait = 0; wait < 30 && !processes.empty(); ++wait) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            processes = marked_processes(m_mark);
-        }
-        EXPECT_THAT(processes, ::testing::IsEmpty()) << a_case;
+        EXPECT_TRUE(
+            wait_for([this] { return test_support::processes_mentioning(m_mark, "environ") == 0; },
+                     std::chrono::seconds(3)))
+            << a_case;
         auto expected = m_data_before;
         expected.insert(a_made_by_plugin.begin(), a_made_by_plugin.end());
-        EXPECT_EQ(names_in(data_folder()), expected) << a_case;
-        EXPECT_THAT(names_in(m_sandbox.root() / "tmp"), ::testing::IsEmpty()) << a_case;
+        EXPECT_EQ(test_support::names_in(data_folder()), expected) << a_case;
+        EXPECT_THAT(test_support::names_in(m_sandbox.root() / "tmp"), ::testing::IsEmpty())
+            << a_case;
         expect_ordinary_run_works();
     }
 
@@ -130,12 +107,6 @@ private:
     std::string m_mark = "QIRO_HOSTILE_MARK=" + m_sandbox.root().filename().string();
     std::set<std::string> m_data_before;
 };
-
-json parsed(const process_result& a_result) {
-    auto report = json::parse(a_result.out, nullptr, false);
-    EXPECT_FALSE(report.is_discarded()) << a_result.err;
-    return report;
-}
 
 // Runs each case in each of its languages; every run in a sandbox of its own, all at once, so
 // that cases which end at the 30-second time-out cost that time once.
@@ -158,7 +129,7 @@ void run_cases(const std::vector<hostile_case>& a_cases) {
                     << label << "\n"
                     << result.err.substr(0, 2000);
                 if (result.status == 0) {
-                    EXPECT_EQ(parsed(result)["candidates"][0]["title"], "ok") << label;
+                    EXPECT_EQ(parse_json(result)["candidates"][0]["title"], "ok") << label;
                 }
                 run.expect_nothing_left(the_case.left_in_data_folder, label.c_str());
             };
@@ -208,63 +179,47 @@ TEST(hostile, crashes_and_plugins_that_touch_their_own_files) {
                 {"note.txt"}}});
 }
 
+// The streams are cut and read by the runner whatever the language; Python floods them.
 TEST(hostile, a_flood_keeps_its_first_64_mib_and_the_candidates) {
-    for (int language = 0; language < 3; ++language) {
-        const std::string extension = extensions[language];
-        hostile_run run;
-        const std::string flood[] = {"print STDERR ('z' x 1048576) for 1 .. 70",
-                                     "70.times { $stderr.write('z' * 1048576) }",
-                                     "[sys.stderr.write('z' * 1048576) for _ in range(70)]"};
-        const std::string file = "flood" + extension;
-        test_support::write_file(run.plugins() / file, plugin_source(extension, flood[language]));
-        const auto result = run.run(file, false);
-        EXPECT_EQ(result.status, 0) << file;
-        EXPECT_THAT(result.out, ::testing::HasSubstr("-- 1 candidate\n1. ok\n")) << file;
-        // The pane holds the kept 64 MiB exactly; the diagnosis then says that the rest was cut.
-        const std::string pane = "\r\n" + std::string(stream_limit, 'z') + "\r\n";
-        EXPECT_TRUE(result.err.compare(0, pane.size(), pane) == 0) << file;
-        EXPECT_THAT(result.err.substr(std::min(pane.size(), result.err.size())),
-                    ::testing::HasSubstr("was cut at 64 MiB"))
-            << file;
-        run.expect_nothing_left({}, file.c_str());
-    }
+    hostile_run run;
+    test_support::write_file(
+        run.plugins() / "flood.py",
+        plugin_source(".py", "[sys.stderr.write('z' * 1048576) for _ in range(70)]"));
+    const auto result = run.run("flood.py", false);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.out, ::testing::HasSubstr("-- 1 candidate\n1. ok\n"));
+    // The pane holds the kept 64 MiB exactly; the diagnosis then says that the rest was cut.
+    const std::string pane = "\r\n" + std::string(stream_limit, 'z') + "\r\n";
+    EXPECT_TRUE(result.err.compare(0, pane.size(), pane) == 0);
+    EXPECT_THAT(result.err.substr(std::min(pane.size(), result.err.size())),
+                ::testing::HasSubstr("was cut at 64 MiB"));
+    run.expect_nothing_left({}, "flood");
 }
 
 TEST(hostile, a_result_document_one_byte_over_the_limit_loses_nothing) {
     // The bridges write at most 100 short items, so the plug-in writes the document itself,
     // QIRO_SIZE bytes of items padded with line feeds, and leaves before the bridge can.
-    const std::string writers[] = {
-        R"(my $h = qq{<?xml version="1.0" encoding="UTF-8" ?>\n\n<itemlist>\n};
-my $i = qq{\t<item type="script_candidate">\n\t\t<title>a</title>\n\t</item>\n};
-my $f = qq{</itemlist>\n}; my $r = $ENV{QIRO_SIZE} - length($h) - length($f);
-my $k = int($r / length($i)); $| = 1; print $h . ($i x $k) . ("\n" x ($r - $k * length($i))) . $f;
-require POSIX; POSIX::_exit(0))",
-        R"(h = %Q{<?xml version="1.0" encoding="UTF-8" ?>\n\n<itemlist>\n}
-i = %Q{\t<item type="script_candidate">\n\t\t<title>a</title>\n\t</item>\n}
-f = %Q{</itemlist>\n}; r = ENV['QIRO_SIZE'].to_i - h.size - f.size; k = r / i.size
-$stdout.write(h + i * k + "\n" * (r - k * i.size) + f); $stdout.flush; exit!(0))",
-        R"(h = '<?xml version="1.0" encoding="UTF-8" ?>\n\n<itemlist>\n'; i = '\t<item type="script_candidate">\n\t\t<title>a</title>\n\t</item>\n'; f = '</itemlist>\n'; r = int(os.environ['QIRO_SIZE']) - len(h) - len(f); k = r // len(i); sys.stdout.write(h + i * k + '\n' * (r - k * len(i)) + f); sys.stdout.flush(); os._exit(0))"};
-    for (int language = 0; language < 3; ++language) {
-        const std::string extension = extensions[language];
-        hostile_run run;
-        const std::string file = "big" + extension;
-        test_support::write_file(run.plugins() / file, plugin_source(extension, writers[language]));
-        run.set("QIRO_SIZE", std::to_string(document_limit));
-        auto result = run.run(file);
-        EXPECT_EQ(result.status, 0) << file << result.err;
-        EXPECT_EQ(parsed(result)["run_stdout"].get<std::string>().size(), document_limit) << file;
-        run.set("QIRO_SIZE", std::to_string(document_limit + 1));
-        result = run.run(file);
-        // Over the reader's limit the run either reports the document as not parsed or ends
-        // with the run error; either way no candidate comes from it.
-        EXPECT_THAT((std::set<int>{1, 3}), ::testing::Contains(result.status)) << file;
-        const auto report = parsed(result);
-        EXPECT_THAT(report["candidates"], ::testing::IsEmpty()) << file;
-        if (result.status == 1) {
-            EXPECT_EQ(report["run_stdout"].get<std::string>().size(), document_limit + 1) << file;
-        }
-        run.expect_nothing_left({}, file.c_str());
+    hostile_run run;
+    test_support::write_file(
+        run.plugins() / "big.py",
+        plugin_source(
+            ".py",
+            R"(h = '<?xml version="1.0" encoding="UTF-8" ?>\n\n<itemlist>\n'; i = '\t<item type="script_candidate">\n\t\t<title>a</title>\n\t</item>\n'; f = '</itemlist>\n'; r = int(os.environ['QIRO_SIZE']) - len(h) - len(f); k = r // len(i); sys.stdout.write(h + i * k + '\n' * (r - k * len(i)) + f); sys.stdout.flush(); os._exit(0))"));
+    run.set("QIRO_SIZE", std::to_string(document_limit));
+    auto result = run.run("big.py");
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(parse_json(result)["run_stdout"].get<std::string>().size(), document_limit);
+    run.set("QIRO_SIZE", std::to_string(document_limit + 1));
+    result = run.run("big.py");
+    // Over the reader's limit the run either reports the document as not parsed or ends
+    // with the run error; either way no candidate comes from it.
+    EXPECT_THAT((std::set<int>{1, 3}), ::testing::Contains(result.status));
+    const auto report = parse_json(result);
+    EXPECT_THAT(report["candidates"], ::testing::IsEmpty());
+    if (result.status == 1) {
+        EXPECT_EQ(report["run_stdout"].get<std::string>().size(), document_limit + 1);
     }
+    run.expect_nothing_left({}, "big document");
 }
 
 TEST(hostile, file_names_and_companion_documents_that_fight_back) {
@@ -285,7 +240,7 @@ TEST(hostile, file_names_and_companion_documents_that_fight_back) {
             // A title's line break reads as a blank, as every field's does.
             std::string title = file;
             std::replace(title.begin(), title.end(), '\n', ' ');
-            EXPECT_EQ(parsed(result)["candidates"][0]["title"], title);
+            EXPECT_EQ(parse_json(result)["candidates"][0]["title"], title);
         }
         run.expect_nothing_left({"x"}, extension);
     }

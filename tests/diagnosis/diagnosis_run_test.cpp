@@ -1,10 +1,13 @@
 #include "debugger/core/debug_runner.hpp"
 #include "debugger/core/pane_text_sink.hpp"
+#include "debugger/core/run_fakes.hpp"
 #include "platform/command_runner.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <future>
@@ -15,10 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using diagnosis::finding;
-
-struct ignored_alerts : alert_sink {
-    void show_alert(const std::string&) override {}
-};
 
 // Real runs of the fixture plug-ins, in a home folder of their own.
 class diagnosis_run : public ::testing::Test {
@@ -31,7 +30,7 @@ protected:
     static run_report run(const fs::path& a_folder, const std::string& a_file,
                           probe_policy a_policy = probe_policy::after_failure) {
         pane_text_sink panes;
-        ignored_alerts alerts;
+        testing::recording_sinks alerts;
         debug_runner runner(panes, alerts);
         runner.set_probe_policy(a_policy);
         const std::string folder = a_folder.string() + "/";
@@ -40,12 +39,10 @@ protected:
     }
 
     static const finding* find(const run_report& a_report, const std::string& a_code) {
-        for (const auto& item : a_report.findings) {
-            if (item.code == a_code) {
-                return &item;
-            }
-        }
-        return nullptr;
+        const auto& all = a_report.findings;
+        const auto found = std::find_if(
+            all.begin(), all.end(), [&](const finding& a_item) { return a_item.code == a_code; });
+        return found == all.end() ? nullptr : &*found;
     }
 
     // The fixture's run has a finding of the code, placed in a_place_file at a_line.
@@ -71,69 +68,42 @@ protected:
     test_support::scratch_folder m_home{"qiro-diagnosis"};
     std::string m_saved_path;
     const fs::path m_fixtures = fs::path(QIRO_TEST_DATA_DIR) / "diagnosis";
+    const fs::path m_samples = fs::path(QIRO_BINARY_DIR) / "bin" / "plugin";
 };
 
 TEST_F(diagnosis_run, each_mistake_gives_its_code_and_place_in_every_language) {
-    struct row {
-        const char* file;
-        const char* code;
-        std::optional<std::uint32_t> line;
-    };
-    const row rows[] = {
-        {"syntax_error.py", "syntax_error", 4},
-        {"syntax_error.rb", "syntax_error", 3},
-        {"syntax_error.pl", "syntax_error", 6},
-        {"load_failed.py", "load_failed", 1},
-        {"load_failed.rb", "load_failed", 1},
-        {"load_failed.pl", "load_failed", 1},
-        {"entry_missing.py", "entry_missing", {}},
-        {"entry_missing.rb", "entry_missing", {}},
-        {"entry_missing.pl", "entry_missing", {}},
-        {"plugin_exception.py", "plugin_exception", 2},
-        {"plugin_exception.rb", "plugin_exception", 3},
-        {"plugin_exception.pl", "plugin_exception", 4},
-        {"stray_output.py", "stray_output", {}},
-        {"stray_output.rb", "stray_output", {}},
-        {"stray_output.pl", "stray_output", {}},
-        {"document_invalid.py", "document_invalid", {}},
-        {"document_invalid.rb", "document_invalid", {}},
-        {"document_invalid.pl", "document_invalid", {}},
-        {"not_utf8.py", "not_utf8", {}},
-        {"not_utf8.rb", "not_utf8", {}},
-        {"not_utf8.pl", "not_utf8", {}},
-        {"wrong_return_shape.py", "wrong_return_shape", {}},
-        {"wrong_return_shape.rb", "wrong_return_shape", {}},
-        {"wrong_return_shape.pl", "wrong_return_shape", {}},
-        {"candidate_dropped.py", "candidate_dropped", {}},
-        {"candidate_dropped.rb", "candidate_dropped", {}},
-        {"candidate_dropped.pl", "candidate_dropped", {}},
-        {"output_too_large.py", "output_too_large", {}},
-        {"output_too_large.rb", "output_too_large", {}},
-        {"output_too_large.pl", "output_too_large", {}},
-        {"stream_cut.py", "stream_cut", {}},
-        {"stream_cut.rb", "stream_cut", {}},
-        {"stream_cut.pl", "stream_cut", {}},
-        {"companion_xml_invalid.py", "companion_xml_invalid", 5},
-        {"companion_xml_invalid.rb", "companion_xml_invalid", 5},
-        {"companion_xml_invalid.pl", "companion_xml_invalid", 5},
-        {"no_language.txt", "no_language", {}},
-    };
-    // Three at a time: the runs wait on their interpreters far more than they compute.
-    for (std::size_t first = 0; first < std::size(rows); first += 3) {
-        const std::size_t end = std::min(first + 3, std::size(rows));
+    // The mistakes placed at a line, at that line in Python, Ruby and Perl, then those each
+    // bridge reports in its own way.
+    std::vector<std::pair<std::string, std::array<std::optional<std::uint32_t>, 3>>> mistakes{
+        {"syntax_error", {4, 3, 6}}, {"load_failed", {1, 1, 1}}, {"plugin_exception", {2, 3, 4}}};
+    for (const char* code : {"entry_missing", "wrong_return_shape", "candidate_dropped"}) {
+        mistakes.push_back({code, {}});
+    }
+    const char* const extensions[] = {".py", ".rb", ".pl"};
+    // A mistake's three runs at a time: they wait on their interpreters far more than they
+    // compute.
+    for (const auto& [code, lines] : mistakes) {
         std::vector<std::future<run_report>> batch;
-        for (std::size_t index = first; index < end; ++index) {
-            batch.push_back(std::async(std::launch::async, [this, &rows, index] {
-                return run(m_fixtures, rows[index].file);
+        for (const char* extension : extensions) {
+            batch.push_back(std::async(std::launch::async, [this, file = code + extension] {
+                return run(m_fixtures, file);
             }));
         }
-        for (std::size_t index = first; index < end; ++index) {
-            const auto& [file, code, line] = rows[index];
-            const std::string place =
-                std::string(code) == "companion_xml_invalid" ? "companion_xml_invalid.xml" : file;
-            expect_finding(file, code, line, batch[index - first].get(), place);
+        for (std::size_t language = 0; language < 3; ++language) {
+            const std::string file = code + extensions[language];
+            expect_finding(file, code, lines[language], batch[language].get(), file);
         }
     }
+    // What is found in the companion document or in the bytes of the outputs alone, the same
+    // for every language.
+    expect_finding("companion_xml_invalid.py", "companion_xml_invalid", 5,
+                   run(m_fixtures, "companion_xml_invalid.py"), "companion_xml_invalid.xml");
+    for (const std::string code :
+         {"stray_output", "document_invalid", "not_utf8", "output_too_large", "stream_cut"}) {
+        expect_finding(code + ".py", code, {}, run(m_fixtures, code + ".py"), code + ".py");
+    }
+    expect_finding("no_language.txt", "no_language", {}, run(m_fixtures, "no_language.txt"),
+                   "no_language.txt");
 }
 
 TEST_F(diagnosis_run, missing_and_slow_interpreters_are_named) {
@@ -154,18 +124,15 @@ TEST_F(diagnosis_run, missing_and_slow_interpreters_are_named) {
     }
     for (const auto& [folder, code] :
          {std::pair{empty, "interpreter_missing"}, std::pair{shims, "interpreter_slow"}}) {
-        ::setenv("PATH", (folder.string() + ":/usr/bin:/bin").c_str(), 1);
-        if (folder == empty) {
-            ::setenv("PATH", folder.c_str(), 1);
-        }
-        for (const char* file : {"good.py", "good.rb", "good.pl"}) {
-            expect_finding(file, code, {}, run(m_fixtures, file), file);
+        const std::string path = folder == empty ? "" : ":/usr/bin:/bin";
+        ::setenv("PATH", (folder.string() + path).c_str(), 1);
+        for (const char* file : {"sample_python.py", "sample_ruby.rb", "sample_perl.pl"}) {
+            expect_finding(file, code, {}, run(m_samples, file), file);
         }
     }
 }
 
 TEST_F(diagnosis_run, a_good_run_spawns_only_the_two_faithful_commands) {
-    const fs::path samples = fs::path(QIRO_BINARY_DIR) / "bin" / "plugin";
     struct row {
         fs::path folder;
         const char* file;
@@ -173,10 +140,10 @@ TEST_F(diagnosis_run, a_good_run_spawns_only_the_two_faithful_commands) {
         std::uint64_t commands; // syntax check, run, and the probe when there is one
     };
     const row rows[] = {
-        {samples, "sample_python.py", probe_policy::after_failure, 2},
-        {samples, "sample_ruby.rb", probe_policy::after_failure, 2},
-        {samples, "sample_perl.pl", probe_policy::after_failure, 2},
-        {samples, "sample_python.py", probe_policy::always, 3},
+        {m_samples, "sample_python.py", probe_policy::after_failure, 2},
+        {m_samples, "sample_ruby.rb", probe_policy::after_failure, 2},
+        {m_samples, "sample_perl.pl", probe_policy::after_failure, 2},
+        {m_samples, "sample_python.py", probe_policy::always, 3},
         {m_fixtures, "wrong_return_shape.py", probe_policy::after_failure, 3},
         {m_fixtures, "wrong_return_shape.py", probe_policy::never, 2},
     };
@@ -184,29 +151,23 @@ TEST_F(diagnosis_run, a_good_run_spawns_only_the_two_faithful_commands) {
         const auto before = utility::started_command_count();
         const auto report = run(folder, file, policy);
         EXPECT_EQ(utility::started_command_count() - before, commands) << file;
-        if (folder == samples) {
+        if (folder == m_samples) {
             EXPECT_FALSE(report.candidates.empty()) << file;
             EXPECT_FALSE(diagnosis::has_error(report.findings)) << file;
         }
     }
 }
 
+// The runner ends a hang the same way whatever the language.
 TEST_F(diagnosis_run, a_hang_is_reported_with_its_partial_standard_error) {
     const auto before = utility::started_command_count();
-    std::vector<std::future<run_report>> runs;
-    for (const char* file : {"timed_out.py", "timed_out.rb", "timed_out.pl"}) {
-        runs.push_back(
-            std::async(std::launch::async, [this, file] { return run(m_fixtures, file); }));
-    }
-    for (auto& pending : runs) {
-        const auto report = pending.get();
-        const finding* item = find(report, "timed_out");
-        ASSERT_NE(item, nullptr);
-        EXPECT_NE(item->hint.find("waiting for the server"), std::string::npos) << item->hint;
-        ASSERT_TRUE(report.timed_out_after_s);
-        EXPECT_GE(*report.timed_out_after_s, 30.0);
-    }
-    EXPECT_EQ(utility::started_command_count() - before, 6U) << "no probe of a hang";
+    const auto report = run(m_fixtures, "timed_out.py");
+    EXPECT_EQ(utility::started_command_count() - before, 2U) << "no probe of a hang";
+    const finding* item = find(report, "timed_out");
+    ASSERT_NE(item, nullptr);
+    EXPECT_NE(item->hint.find("waiting for the server"), std::string::npos) << item->hint;
+    ASSERT_TRUE(report.timed_out_after_s);
+    EXPECT_GE(*report.timed_out_after_s, 30.0);
 }
 
 } // namespace

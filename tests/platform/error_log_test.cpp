@@ -103,7 +103,6 @@ TEST_F(error_log_test, line_goes_to_the_newer_file_with_room_else_restarts_the_o
 }
 
 TEST_F(error_log_test, file_named_logs_stops_the_log_silently) {
-    fs::create_directories(logs().parent_path());
     platform_test::write_file(logs(), "a file named Logs");
     EXPECT_NO_THROW(output_error_log(u"x"));
     EXPECT_EQ(platform_test::read_file(logs()), "a file named Logs");

@@ -15,6 +15,7 @@
 
 namespace platform_test {
 
+using test_support::mode_of;
 using test_support::read_file;
 using test_support::scratch_folder;
 using test_support::write_file;
@@ -33,11 +34,6 @@ public:
 private:
     std::optional<std::string> m_previous;
 };
-
-inline unsigned mode_of(const std::filesystem::path& a_path) {
-    struct stat status {};
-    return ::stat(a_path.c_str(), &status) == 0 ? status.st_mode & 07777 : 01000000;
-}
 
 // How many of this process's children (a_group 0, zombies included) or living members of
 // a_group exist: a dead member orphaned by its shell waits as a zombie for init, which some

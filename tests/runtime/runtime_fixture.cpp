@@ -39,10 +39,9 @@ std::string runtime_fixture::data_folder() const {
 std::vector<std::string> runtime_fixture::bridge_files() const {
     static const std::regex bridge_name("[0-9A-F]{40}\\.(py|rb|pl)");
     std::vector<std::string> names;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(data_folder(), error)) {
-        if (std::regex_match(entry.path().filename().string(), bridge_name)) {
-            names.push_back(entry.path().filename().string());
+    for (const auto& name : test_support::names_in(data_folder())) {
+        if (std::regex_match(name, bridge_name)) {
+            names.push_back(name);
         }
     }
     return names;

@@ -26,12 +26,6 @@ manager_preference_data sample_record() {
     return data;
 }
 
-TEST(manager_preference_test, without_preferences_the_defaults_are_read_and_nothing_written) {
-    private_home home;
-    EXPECT_EQ(access::read_manager_preference(), manager_preference_data());
-    EXPECT_FALSE(std::filesystem::exists(home.root() / "home" / "Library"));
-}
-
 // Each field takes the kinds that answer its question (a string answers a flag's) and keeps
 // its default for the others.
 TEST(manager_preference_test, values_of_the_wrong_kind_leave_the_defaults) {
@@ -103,8 +97,11 @@ TEST(manager_preference_test, settings_of_version_21_alone_are_carried_into_vers
     ASSERT_EQ(access::read_plugin_info_list().size(), 1U);
 }
 
-TEST(manager_preference_test, a_damaged_version_22_file_gives_defaults_and_stays_as_it_is) {
+TEST(manager_preference_test, no_file_or_a_damaged_version_22_file_gives_the_defaults) {
     private_home home;
+    // Reading writes nothing.
+    EXPECT_EQ(access::read_manager_preference(), manager_preference_data());
+    EXPECT_FALSE(std::filesystem::exists(home.root() / "home" / "Library"));
     const std::string damaged = "<?xml version=\"1.0\"?><plist><dict><key>enable_proxy</key>";
     qiro_test::write_file(home.user_file(APPLICATION_ID_LATEST), damaged);
     home.write_user(APPLICATION_ID_21, {{"enable_proxy", value(true)}});

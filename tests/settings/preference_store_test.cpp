@@ -7,20 +7,12 @@ namespace {
 
 using namespace qiro_plugin::preferences;
 using qiro_test::private_home;
+using test_support::mode_of;
 using value = preference_value;
 
 constexpr auto user = preference_scope::current_user_any_host;
 constexpr auto machine = preference_scope::any_user_current_host;
 const std::string domain = "org.example.Store";
-
-std::size_t files_in(const std::filesystem::path& a_folder) {
-    const std::filesystem::directory_iterator entries(a_folder);
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
-unsigned mode_of(const std::filesystem::path& a_path) {
-    return static_cast<unsigned>(std::filesystem::status(a_path).permissions());
-}
 
 // The write goes through a temporary file and a rename, over the file as it is at that moment.
 TEST(preference_store_test, synchronising_writes_the_changes_and_keeps_every_other_key) {
@@ -53,7 +45,7 @@ TEST(preference_store_test, synchronising_writes_the_changes_and_keeps_every_oth
     EXPECT_EQ(parsed->root, expected);
     EXPECT_EQ(copy_domain(domain, user), *expected.get_dictionary());
     EXPECT_EQ(mode_of(path), 0640U);
-    EXPECT_EQ(files_in(path.parent_path()), 1U);
+    EXPECT_EQ(test_support::names_in(path.parent_path()).size(), 1U);
 }
 
 TEST(preference_store_test, a_damaged_file_or_a_bad_domain_name_is_never_written) {
@@ -68,7 +60,7 @@ TEST(preference_store_test, a_damaged_file_or_a_bad_domain_name_is_never_written
         set_value("on", value(true), domain, user);
         EXPECT_FALSE(synchronize(domain, user));
         EXPECT_EQ(qiro_test::read_file(path), bytes);
-        EXPECT_EQ(files_in(path.parent_path()), 1U);
+        EXPECT_EQ(test_support::names_in(path.parent_path()).size(), 1U);
         // The change waits and is written once the file is readable again.
         std::filesystem::remove(path);
         ASSERT_TRUE(synchronize(domain, user));

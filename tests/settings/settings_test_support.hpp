@@ -18,12 +18,8 @@ namespace qiro_test {
 
 namespace prefs = qiro_plugin::preferences;
 
-// Writes the bytes, making the folders on the way.
-inline void write_file(const std::filesystem::path& a_path, const std::string& a_bytes) {
-    std::filesystem::create_directories(a_path.parent_path());
-    test_support::write_file(a_path, a_bytes);
-}
 using test_support::read_file;
+using test_support::write_file;
 
 inline void write_plist_file(const std::filesystem::path& a_path,
                              const prefs::preference_value& a_root,

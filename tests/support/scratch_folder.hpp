@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -16,8 +17,27 @@ inline std::string read_file(const std::filesystem::path& a_path) {
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
+// Writes the bytes, making the folders on the way.
 inline void write_file(const std::filesystem::path& a_path, const std::string& a_bytes) {
+    std::error_code ignored;
+    std::filesystem::create_directories(a_path.parent_path(), ignored);
     std::ofstream(a_path, std::ios::binary | std::ios::trunc) << a_bytes;
+}
+
+// The names of what a folder holds; none when it cannot be read.
+inline std::set<std::string> names_in(const std::filesystem::path& a_folder) {
+    std::set<std::string> names;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(a_folder, error)) {
+        names.insert(entry.path().filename().string());
+    }
+    return names;
+}
+
+// The file's permission bits, all of them set when it cannot be looked at.
+inline unsigned mode_of(const std::filesystem::path& a_path) {
+    std::error_code ignored;
+    return static_cast<unsigned>(std::filesystem::status(a_path, ignored).permissions()) & 07777;
 }
 
 // A fresh folder under the system's temporary folder, removed with everything in it.

@@ -1,4 +1,5 @@
 #include "runtime/runtime_fixture.hpp"
+#include "support/process_scan.hpp"
 
 #include <gtest/gtest.h>
 
@@ -12,16 +13,6 @@
 namespace {
 
 class sleeping_plugin : public qiro_test::runtime_fixture {};
-
-bool is_process_gone(pid_t a_pid) {
-    for (int i = 0; i < 50; ++i) {
-        if (kill(a_pid, 0) != 0 && errno == ESRCH) {
-            return true;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    return false;
-}
 
 } // namespace
 
@@ -40,5 +31,6 @@ TEST_F(sleeping_plugin, run_that_never_answers_is_abandoned_and_leaves_nothing) 
 
     const std::string pid_text = qiro_test::read_file(m_echo_file);
     ASSERT_FALSE(pid_text.empty());
-    EXPECT_TRUE(is_process_gone(static_cast<pid_t>(std::stol(pid_text))));
+    EXPECT_TRUE(test_support::wait_for([&] { return test_support::is_ended(pid_text); },
+                                       std::chrono::seconds(5)));
 }

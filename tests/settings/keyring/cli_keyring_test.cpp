@@ -10,8 +10,6 @@
 namespace qiro_plugin::cli::testing {
 namespace {
 
-using json = nlohmann::json;
-
 // Proxy values reach the plug-in while proxy use is on, the password also needs authentication.
 TEST(cli_keyring, proxy_values_and_the_keyring_password_reach_the_plugin_only_while_on) {
     const char* bus = std::getenv("DBUS_SESSION_BUS_ADDRESS");
@@ -25,7 +23,7 @@ TEST(cli_keyring, proxy_values_and_the_keyring_password_reach_the_plugin_only_wh
         const auto result = sandbox.run({"run", "--json", "--plugin-folder",
                                          sandbox.plugins().string(), "echo_request.py", "a"});
         EXPECT_EQ(result.status, 0) << result.err;
-        return json::parse(result.out)["candidates"][0]["comment"].get<std::string>();
+        return parse_json(result)["candidates"][0]["comment"].get<std::string>();
     };
 
     auto result = sandbox.run({"settings", "set", "enable_proxy=true", "proxy_address=proxy.jp",
@@ -34,7 +32,7 @@ TEST(cli_keyring, proxy_values_and_the_keyring_password_reach_the_plugin_only_wh
                               "pass word\"\r\n"); // a file from another system: CR LF
     ASSERT_EQ(result.status, 0) << result.err;
     result = sandbox.run({"settings", "show", "--json"});
-    EXPECT_EQ(json::parse(result.out)["proxy_password"], "set");
+    EXPECT_EQ(parse_json(result)["proxy_password"], "set");
     EXPECT_EQ(result.out.find("pass word"), std::string::npos) << "never printed";
     EXPECT_EQ(comment_seen(), "reading_string=;proxy_name=proxy.jp;proxy_port=8080;"
                               "proxy_username=太郎;proxy_password=pass word\"");

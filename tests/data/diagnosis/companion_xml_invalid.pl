@@ -1,8 +1,0 @@
-package Qiro_plugin;
-
-sub run_process {
-    my ($request) = @_;
-    return (candidate => [ { hyoki => $request->{composition_string} } ]);
-}
-
-1;

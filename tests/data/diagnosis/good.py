@@ -1,2 +1,0 @@
-def qiro_plugin_run_process(request):
-    return {"candidate": [{"hyoki": request["composition_string"]}]}

@@ -1,8 +1,0 @@
-package Qiro_plugin;
-
-sub run_process {
-    print "x" x (65 * 1024 * 1024);
-    return (candidate => []);
-}
-
-1;
