@@ -23,10 +23,14 @@ protected:
     cli_test_command() {
         fs::create_directories(folder);
         const fs::path data = QIRO_TEST_DATA_DIR;
-        // Passing, failing and malformed cases; the language is the runner's affair, whose
-        // every language the runtime tests run.
-        fs::copy_file(data / "runtime" / "candidates.py", folder / "lang_py.py");
-        fs::copy_file(data / "cases" / "candidates.cases.json", folder / "lang_py.cases.json");
+        // One plug-in per language, each with the same cases: passing, failing and malformed.
+        for (const char* extension : {"pl", "py", "rb"}) {
+            const std::string stem = std::string("lang_") + extension;
+            fs::copy_file(data / "runtime" / (std::string("candidates.") + extension),
+                          folder / (stem + "." + extension));
+            fs::copy_file(data / "cases" / "candidates.cases.json",
+                          folder / (stem + ".cases.json"));
+        }
         fs::copy_file(data / "cli" / "raises_error.py", folder / "raises_error.py");
         fs::copy_file(data / "cases" / "raises_error.cases.json",
                       folder / "raises_error.cases.json");
@@ -36,7 +40,7 @@ protected:
     const fs::path folder = sandbox.root() / "cases";
 };
 
-TEST_F(cli_test_command, runs_cases_in_parallel_as_serially) {
+TEST_F(cli_test_command, runs_cases_of_each_language_in_parallel_as_serially) {
     const auto serial = sandbox.run({"test", "-j", "1", folder.string()});
     const fs::path junit = sandbox.root() / "report.xml";
     const auto parallel =
@@ -46,15 +50,17 @@ TEST_F(cli_test_command, runs_cases_in_parallel_as_serially) {
     EXPECT_EQ(parallel.err, serial.err);
     EXPECT_EQ(parallel.status, serial.status);
 
-    const std::string file = "lang_py.cases.json";
-    for (const char* pass : {"first candidate", "both", "second anywhere"}) {
-        EXPECT_THAT(serial.out, HasSubstr("PASS " + file + ": " + pass + " ("));
+    for (const char* extension : {"pl", "py", "rb"}) {
+        const std::string file = std::string("lang_") + extension + ".cases.json";
+        for (const char* pass : {"first candidate", "both", "second anywhere"}) {
+            EXPECT_THAT(serial.out, HasSubstr("PASS " + file + ": " + pass + " (")) << extension;
+        }
+        EXPECT_THAT(serial.out, HasSubstr("FAIL " + file + ": wrong (")) << serial.out;
+        EXPECT_THAT(serial.err, HasSubstr((folder / file).string() +
+                                          ":14:43: error: \"written_form\" is empty"));
+        EXPECT_THAT(serial.err,
+                    HasSubstr((folder / file).string() + ":15:26: error: \"match\" must be"));
     }
-    EXPECT_THAT(serial.out, HasSubstr("FAIL " + file + ": wrong (")) << serial.out;
-    EXPECT_THAT(serial.err,
-                HasSubstr((folder / file).string() + ":14:43: error: \"written_form\" is empty"));
-    EXPECT_THAT(serial.err,
-                HasSubstr((folder / file).string() + ":15:26: error: \"match\" must be"));
     EXPECT_THAT(serial.out, HasSubstr("    the candidates differ (match exact), 2 given\n"
                                       "    the standard error does not contain \"never printed\"\n"
                                       "    candidates (- expected, + actual):\n"
@@ -63,12 +69,12 @@ TEST_F(cli_test_command, runs_cases_in_parallel_as_serially) {
                                       "    + 2. hyoki=\"second\"\n"));
     EXPECT_THAT(serial.out, HasSubstr("PASS raises_error.cases.json: error shown ("));
     EXPECT_THAT(serial.out, HasSubstr("FAIL raises_error.cases.json: error not wanted ("));
-    EXPECT_THAT(serial.out, HasSubstr("\n4 passed, 4 failed\n"));
+    EXPECT_THAT(serial.out, HasSubstr("\n10 passed, 10 failed\n"));
 
     const std::string report = test_support::read_file(junit);
     EXPECT_EQ(test_support::junit_schema_error(report), "") << report;
-    EXPECT_THAT(report, HasSubstr("<testsuites name=\"qiro-lumen test\" tests=\"8\" "
-                                  "failures=\"2\" errors=\"2\""));
+    EXPECT_THAT(report, HasSubstr("<testsuites name=\"qiro-lumen test\" tests=\"20\" "
+                                  "failures=\"4\" errors=\"6\""));
 
     // Without the malformed case the status tells pass from fail.
     EXPECT_EQ(sandbox.run({"test", (folder / "raises_error.py").string(), "--case", "error shown"})
