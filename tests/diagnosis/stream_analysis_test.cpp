@@ -1,3 +1,4 @@
+#include "diagnosis/analyze.hpp"
 #include "diagnosis/stream_analysis.hpp"
 
 #include <gtest/gtest.h>
@@ -47,6 +48,20 @@ TEST(stream_analysis, text_around_the_bridge_document_is_stray_and_parse_faults_
     EXPECT_EQ(fault->line, 2U);
     EXPECT_EQ(fault->offset, 11 + fault->column - 1);
     EXPECT_FALSE(fault->message.empty());
+}
+
+TEST(stream_analysis, a_document_is_too_large_from_one_byte_past_the_readers_limit) {
+    run_evidence evidence;
+    evidence.instance_made = true;
+    evidence.run.ran = true;
+    for (const std::size_t size : {std::size_t{10485760}, std::size_t{10485761}}) {
+        evidence.run.std_output.assign(size, ' ');
+        bool too_large = false;
+        for (const auto& found : diagnose(evidence, ui_language::english)) {
+            too_large = too_large || found.code == codes::output_too_large;
+        }
+        EXPECT_EQ(too_large, size > 10485760) << size;
+    }
 }
 
 } // namespace
