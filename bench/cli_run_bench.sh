@@ -10,24 +10,14 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build_dir="$(cd "${1:-$root/build}" && pwd)"
 runs="${2:-30}"
 warmup=3
-bin="$build_dir/bin"
-qiro_lumen="$bin/qiro-lumen"
-plugins="$bin/plugin"
+plugins="$build_dir/bin/plugin"
 written_form="変換"
 
-if [[ ! -x "$qiro_lumen" || ! -d "$plugins" ]]; then
-    echo "cli_run_bench: build qiro-lumen first (no $qiro_lumen or $plugins)" >&2
+source "$(dirname "${BASH_SOURCE[0]}")/bench_home.sh" cli_run_bench "$build_dir"
+if [[ ! -d "$plugins" ]]; then
+    echo "cli_run_bench: build qiro-lumen first (no $plugins)" >&2
     exit 2
 fi
-
-# System interpreters only: a version manager's shims would add their own start-up.
-export PATH="/usr/bin:/bin"
-export LC_ALL=C.UTF-8
-scratch="$(mktemp -d)"
-trap 'cd / && rm -rf "$scratch"' EXIT
-export HOME="$scratch/home"
-export QIRO_MACHINE_PREFERENCES_DIR="$scratch/machine"
-mkdir -p "$HOME" "$QIRO_MACHINE_PREFERENCES_DIR"
 data_folder="$HOME/Library/Preferences/QIRO Lumen"
 
 # The host's URL encoding: every byte but ".", "_" and "-" escaped, a blank as "+".
