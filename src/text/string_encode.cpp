@@ -153,10 +153,14 @@ utf16_string MultiByteFilePathToWideChar(const char* a_path) {
 
 std::size_t checked_utf8_length(const char* a_text) {
     const auto bytes = bytes_of(a_text);
-    if (!detail::is_valid_utf8(bytes)) {
+    check_utf8(bytes);
+    return bytes.size();
+}
+
+void check_utf8(std::string_view a_bytes) {
+    if (!detail::is_valid_utf8(a_bytes)) {
         throw std::runtime_error(k_utf8_to_wide_error);
     }
-    return bytes.size();
 }
 
 std::string WideCharToMultiByteShiftJis(const qiro_plugin_utf16_t* a_text) {

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace qiro_plugin::string_encode {
 
@@ -16,6 +17,8 @@ utf16_string MultiByteUTF8ToWideChar(const char* a_text);
 // The length up to the first zero byte of text that MultiByteUTF8ToWideChar accepts; throws as
 // it would otherwise. For keeping UTF-8 text as it is, with the same rule.
 std::size_t checked_utf8_length(const char* a_text);
+// The same rule for a part of such text cut between characters: throws as the conversion would.
+void check_utf8(std::string_view a_bytes);
 // Never throws: a path that is not valid in the file system's encoding gives empty text.
 utf16_string MultiByteFilePathToWideChar(const char* a_path);
 

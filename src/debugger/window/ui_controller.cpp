@@ -11,7 +11,6 @@
 #include "platform/command_runner.hpp"
 #include "platform/localized_string.hpp"
 #include "text/string_encode.hpp"
-#include "text/utf8_codec.hpp"
 #include "ui_main_window.h"
 
 #include <QApplication>
@@ -53,10 +52,7 @@ void append_utf8_line(QPlainTextEdit* a_pane, const std::string& a_text) {
         while (end < length && (static_cast<unsigned char>(a_text[end]) & 0xC0) == 0x80) {
             ++end;
         }
-        if (!string_encode::detail::is_valid_utf8(
-                std::string_view(a_text).substr(done, end - done))) {
-            string_encode::checked_utf8_length(a_text.c_str()); // throws the conversion's error
-        }
+        string_encode::check_utf8(std::string_view(a_text).substr(done, end - done));
         std::memcpy(copy.data() + done, a_text.data() + done, end - done);
         done = end;
         if (done < length) {
