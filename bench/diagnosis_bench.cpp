@@ -2,8 +2,8 @@
 // companion document read from disk included) against a bare libxml2 parse of the same result
 // document, the least any reading of the run costs. A failed run's analysis is shown beside.
 
-#include "debugger/core/debug_runner.hpp"
-#include "debugger/core/pane_text_sink.hpp"
+#include "core/debug_runner.hpp"
+#include "core/pane_text_sink.hpp"
 #include "diagnosis/analyze.hpp"
 
 #include <benchmark/benchmark.h>

@@ -3,8 +3,8 @@
 // pane, which converts as it shows), against an idle event loop and against the plain text view the
 // panes once were. Usage: QT_QPA_PLATFORM=offscreen window_stall
 
-#include "debugger/window/output_pane.hpp"
-#include "debugger/window/ui_controller.hpp"
+#include "window/output_pane.hpp"
+#include "window/ui_controller.hpp"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -2,7 +2,7 @@
 // Whether a run gave what a case expects, and if not, what differs.
 
 #include "cases/case_file.hpp"
-#include "debugger/core/run_report.hpp"
+#include "core/run_report.hpp"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
 // The cases of one plug-in: the written forms an author keeps and what each run must give.
 
-#include "debugger/core/plugin_discovery.hpp"
+#include "core/plugin_discovery.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -1,7 +1,7 @@
 #include "cases/case_runner.hpp"
 
-#include "debugger/core/debug_runner.hpp"
-#include "debugger/core/pane_text_sink.hpp"
+#include "core/debug_runner.hpp"
+#include "core/pane_text_sink.hpp"
 #include "platform/data_folder.hpp"
 #include "text/string_encode.hpp"
 

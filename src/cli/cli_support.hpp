@@ -1,8 +1,8 @@
 #pragma once
 // What every qiro-lumen command shares: exit statuses, text conversion, finding the plug-in.
 
-#include "debugger/core/plugin_discovery.hpp"
-#include "debugger/core/run_sinks.hpp"
+#include "core/plugin_discovery.hpp"
+#include "core/run_sinks.hpp"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 // How the findings of a run are written: compiler-style lines, or the JSON member "diagnosis".
 
-#include "debugger/core/run_report.hpp"
+#include "core/run_report.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -1,8 +1,8 @@
 #include "cli/list_bridge_commands.hpp"
 
 #include "cli/cli_support.hpp"
-#include "debugger/core/plugin_menu_model.hpp"
-#include "debugger/core/script_languages.hpp"
+#include "core/plugin_menu_model.hpp"
+#include "core/script_languages.hpp"
 #include "text/url_xml_escape.hpp"
 
 #include <iostream>

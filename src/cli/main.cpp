@@ -9,7 +9,7 @@
 #include "cli/sandbox_option.hpp"
 #include "cli/settings_commands.hpp"
 #include "cli/test_command.hpp"
-#include "debugger/core/localized_texts.hpp"
+#include "core/localized_texts.hpp"
 #include "platform/termination_signals.hpp"
 
 #include <CLI/CLI.hpp>

@@ -1,8 +1,8 @@
 #include "cli/new_watch_commands.hpp"
 
 #include "cli/cli_support.hpp"
-#include "debugger/core/change_watch.hpp"
-#include "debugger/core/plugin_templates.hpp"
+#include "core/change_watch.hpp"
+#include "core/plugin_templates.hpp"
 
 #include <iostream>
 #include <thread>

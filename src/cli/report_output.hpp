@@ -1,9 +1,9 @@
 #pragma once
 // How a run's report is written: one JSON object, or the panes and a readable candidate list.
 
-#include "debugger/core/pane_text_sink.hpp"
-#include "debugger/core/plugin_discovery.hpp"
-#include "debugger/core/run_report.hpp"
+#include "core/pane_text_sink.hpp"
+#include "core/plugin_discovery.hpp"
+#include "core/run_report.hpp"
 
 #include <nlohmann/json.hpp>
 

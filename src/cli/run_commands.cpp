@@ -4,8 +4,8 @@
 #include "cli/diagnosis_output.hpp"
 #include "cli/report_output.hpp"
 #include "cli/sandbox_option.hpp"
-#include "debugger/core/debug_runner.hpp"
-#include "debugger/core/localized_texts.hpp"
+#include "core/debug_runner.hpp"
+#include "core/localized_texts.hpp"
 
 #include <iostream>
 

@@ -1,7 +1,7 @@
 #pragma once
 // The --sandbox[=nonet] option of the commands that run a plug-in, and what they say about it.
 
-#include "debugger/core/run_report.hpp"
+#include "core/run_report.hpp"
 
 #include <string>
 

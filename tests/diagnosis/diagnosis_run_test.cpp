@@ -1,6 +1,6 @@
-#include "debugger/core/debug_runner.hpp"
-#include "debugger/core/pane_text_sink.hpp"
-#include "debugger/core/run_fakes.hpp"
+#include "core/debug_runner.hpp"
+#include "core/pane_text_sink.hpp"
+#include "core/run_fakes.hpp"
 #include "platform/command_runner.hpp"
 #include "support/scratch_folder.hpp"
 

@@ -58,6 +58,6 @@ done
 grep -q "^qiro-lumen-debugger ($version)" "$source_dir/packaging/debian/changelog" &&
     grep -q "<release version=\"$version\"" "$source_dir"/packaging/*.metainfo.xml ||
     { echo "FAIL: no release entry for $version" >&2; failures=$((failures + 1)); }
-desktop-file-validate "$source_dir/src/debugger/resources/qiro-lumen-debugger.desktop" || failures=$((failures + 1))
+desktop-file-validate "$source_dir/src/window/resources/qiro-lumen-debugger.desktop" || failures=$((failures + 1))
 appstreamcli validate --no-net --pedantic "$source_dir"/packaging/*.metainfo.xml || failures=$((failures + 1))
 ((failures == 0))

@@ -1,0 +1,408 @@
+#include "core/debug_runner.hpp"
+
+#include "core/localized_texts.hpp"
+#include "core/request_filling.hpp"
+#include "core/run_sandbox.hpp"
+#include "diagnosis/analyze.hpp"
+#include "platform/data_folder.hpp"
+#include "platform/file_path.hpp"
+#include "platform/sandbox_availability.hpp"
+#include "probes/probe_runner.hpp"
+#include "runtime/plugin_instance_script.hpp"
+#include "text/string_encode.hpp"
+
+#include <chrono>
+#include <optional>
+#include <stdexcept>
+#include <variant>
+
+namespace qiro_plugin::debugger {
+
+namespace {
+
+using clock_type = std::chrono::steady_clock;
+
+double milliseconds_since(clock_type::time_point a_start) {
+    return std::chrono::duration<double, std::milli>(clock_type::now() - a_start).count();
+}
+
+using diagnosis::entry_kind;
+
+std::string to_utf8_or_empty(const utf16_string& a_text) {
+    try {
+        return string_encode::WideCharToMultiByteUTF8(a_text.c_str());
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
+// The request values in the order the bridges (and the probes) read them.
+template <typename Record>
+std::vector<std::string> probe_values_of(const utf16_string& a_first, const utf16_string& a_second,
+                                         const Record& a_record) {
+    return {
+        to_utf8_or_empty(a_first),
+        to_utf8_or_empty(a_second),
+        to_utf8_or_empty(get_record_text(a_record.proxy_address, a_record.proxy_address_length)),
+        std::to_string(a_record.proxy_port),
+        to_utf8_or_empty(get_record_text(a_record.proxy_username, a_record.proxy_username_length)),
+        to_utf8_or_empty(get_record_text(a_record.proxy_password, a_record.proxy_password_length))};
+}
+
+} // namespace
+
+std::optional<std::string> written_form_alert(const utf16_string& a_written_form) {
+    if (a_written_form.empty()) {
+        return std::string(ALERT_EMPTY_HYOKI);
+    }
+    if (a_written_form.size() > WRITTEN_FORM_MAX_LENGTH) {
+        return std::string(ALERT_TOO_LONG_HYOKI);
+    }
+    return std::nullopt;
+}
+
+struct debug_runner::impl {
+    run_output_sink& m_sink;
+    alert_sink& m_alerts;
+    settings_reader m_settings_reader;
+    instance_factory m_instance_factory;
+    probe_policy m_probe_policy = probe_policy::after_failure;
+    utility::sandbox_mode m_sandbox = utility::sandbox_mode::off;
+
+    impl(run_output_sink& a_sink, alert_sink& a_alerts)
+        : m_sink(a_sink), m_alerts(a_alerts),
+          m_settings_reader([] { return manager_preference_access::read_manager_preference(); }),
+          m_instance_factory(&get_script_instance_path) {}
+
+    // The steps every entry shares: panes cleared, busy indicator, an instance that passed its
+    // syntax check, the entry itself, the outputs appended, destruction in order; any
+    // exception becomes the one run alert.
+    template <typename Entry>
+    run_report drive(entry_kind a_kind, const plugin_entry& a_plugin, Entry&& a_entry) {
+        const auto started = clock_type::now();
+        run_report report;
+        std::optional<utility::sandbox_scope> confinement;
+        if (!confine(a_plugin, report, confinement)) {
+            return report;
+        }
+        diagnosis::run_evidence evidence;
+        evidence.entry = a_kind;
+        evidence.plugin_folder = to_utf8_or_empty(a_plugin.first);
+        evidence.plugin_file = to_utf8_or_empty(a_plugin.second);
+        std::vector<std::string> probe_values;
+        std::shared_ptr<abstract_qiro_plugin_instance> instance;
+        std::shared_ptr<abstract_qiro_plugin_message> message;
+        std::unique_ptr<qiro_plugin_message_quit_flag> quit_flag;
+        bool entry_started = false;
+        try {
+            m_sink.clear_std_output_text();
+            m_sink.clear_std_error_output_text();
+            m_sink.start_progress();
+
+            instance_attempt_report attempt;
+            instance = m_instance_factory(a_plugin.first, a_plugin.second, m_sink, &attempt);
+            report.load_error = attempt.load_error;
+            report.syntax_check_ms = attempt.syntax_check_ms;
+            evidence.language = attempt.language;
+            evidence.syntax_check = attempt.syntax_check;
+            if (!instance) {
+                m_sink.stop_progress();
+                if (confinement && refuse_broken_sandbox(*confinement, report)) {
+                    return report;
+                }
+                report.result = run_report::outcome::not_run;
+                finish(report, evidence, probe_values, started);
+                return report;
+            }
+            evidence.instance_made = true;
+            report.module_type = instance->run_get_module_type();
+            if ((a_kind == entry_kind::callback && !instance->is_enable_callback()) ||
+                (a_kind == entry_kind::preference && !instance->is_enable_preference())) {
+                instance.reset();
+                m_sink.stop_progress();
+                report.result = run_report::outcome::entry_not_enabled;
+                evidence.entry_enabled = false;
+                finish(report, evidence, probe_values, started);
+                return report;
+            }
+
+            instance->run_initialize();
+            message = instance->alloc_qiro_plugin_message(nullptr, 0);
+            quit_flag = std::make_unique<qiro_plugin_message_quit_flag>();
+
+            const auto run_started = clock_type::now();
+            entry_started = true;
+            a_entry(*instance, message, *quit_flag, probe_values);
+            report.run_ms = milliseconds_since(run_started);
+            if (instance->is_enable_preference()) {
+                // The probe gets the settings folder the bridge got; finding it again must never
+                // fail the run.
+                try {
+                    probe_values.push_back(to_utf8_or_empty(utility::get_convert_path(
+                        utility::create_plugin_preference_path(instance->run_get_name()))));
+                } catch (const std::exception&) {
+                    probe_values.emplace_back();
+                }
+            }
+
+            if (auto* script = dynamic_cast<qiro_plugin_instance_script*>(instance.get())) {
+                // The streams move into the report; the diagnosis borrows them from there.
+                evidence.run = command_evidence_of(*script, false);
+                report.run_std_output = script->release_last_std_output_string();
+                report.run_std_error = script->release_last_std_err_output_string();
+                m_sink.add_std_output_utf8(report.run_std_output);
+                m_sink.add_std_error_output_utf8(report.run_std_error);
+                if (a_kind == entry_kind::processing) {
+                    report.document_parsed = script->is_last_document_parsed();
+                }
+            }
+            if (a_kind == entry_kind::processing) {
+                collect_candidates(*instance, message, report);
+            }
+
+            quit_flag.reset();
+            instance->run_destroy();
+            message.reset();
+            instance.reset();
+            m_sink.stop_progress();
+            report.result = run_report::outcome::completed;
+        } catch (const std::exception& error) {
+            fail(report, error.what());
+            keep_failed_run_evidence(instance, entry_started, evidence);
+        } catch (...) {
+            fail(report, "unknown exception");
+            keep_failed_run_evidence(instance, entry_started, evidence);
+        }
+        // Released here on the failure path, in the order of the normal path.
+        quit_flag.reset();
+        message.reset();
+        instance.reset();
+        finish(report, evidence, probe_values, started);
+        return report;
+    }
+
+    // Sets up the sandbox the runner was asked for, for every command of this run on this
+    // thread; false, with the report refused, when it cannot be had.
+    bool confine(const plugin_entry& a_plugin, run_report& a_report,
+                 std::optional<utility::sandbox_scope>& a_confinement) const {
+        a_report.sandbox = m_sandbox;
+        if (m_sandbox == utility::sandbox_mode::off) {
+            return true;
+        }
+        std::string refusal;
+        try {
+            auto availability = utility::check_sandbox();
+            if (availability.error.empty()) {
+                auto layout = make_run_sandbox(
+                    m_sandbox, a_plugin, utility::get_qiro_lumen_data_folder(), availability.tool);
+                if (auto* ready = std::get_if<utility::sandbox_layout>(&layout)) {
+                    a_confinement.emplace(std::move(*ready));
+                    return true;
+                }
+                refusal = std::get<std::string>(layout);
+            } else {
+                refusal = availability.error;
+            }
+        } catch (const std::exception& error) {
+            refusal = std::string("the sandbox could not be set up: ") + error.what();
+        }
+        a_report.result = run_report::outcome::refused;
+        a_report.refusal = std::move(refusal);
+        a_report.sandbox_unavailable = true;
+        return false;
+    }
+
+    // What a run that ended with an exception had written, for the diagnosis (the reader's
+    // limit, for one, fails the run after the command).
+    static void
+    keep_failed_run_evidence(const std::shared_ptr<abstract_qiro_plugin_instance>& a_instance,
+                             bool a_entry_started, diagnosis::run_evidence& a_evidence) {
+        const auto* script = dynamic_cast<const qiro_plugin_instance_script*>(a_instance.get());
+        if (a_entry_started && script != nullptr && !a_evidence.run.ran) {
+            a_evidence.run = command_evidence_of(*script, true);
+        }
+    }
+
+    // The diagnosis, after the faithful run is over: a failed or empty run may be probed, which
+    // runs the plug-in a second time; the panes and alerts are not touched.
+    void finish(run_report& a_report, diagnosis::run_evidence& a_evidence,
+                const std::vector<std::string>& a_probe_values, clock_type::time_point a_started) {
+        a_report.total_ms = milliseconds_since(a_started);
+        a_evidence.error = a_report.error;
+        a_evidence.document_parsed = a_report.document_parsed;
+        a_evidence.candidate_count = a_report.candidates.size();
+        if (a_evidence.run.timed_out) {
+            a_report.timed_out_after_s = a_evidence.run.elapsed_ms / 1000.0;
+        }
+        const auto& run = a_evidence.run;
+        const bool failed = a_report.result == run_report::outcome::failed || run.timed_out ||
+                            (run.ran && run.exit_status.value_or(0) != 0) ||
+                            (a_evidence.entry == entry_kind::processing && run.ran &&
+                             (!a_report.document_parsed || a_report.candidates.empty()));
+        // A probe of a hang would only hang as long again.
+        const bool probe = a_evidence.instance_made && a_evidence.entry_enabled && run.ran &&
+                           !run.timed_out &&
+                           (m_probe_policy == probe_policy::always ||
+                            (m_probe_policy == probe_policy::after_failure && failed));
+        try {
+            if (probe) {
+                probes::probe_request request;
+                request.language = a_evidence.language;
+                request.plugin_path = to_utf8_or_empty(
+                    utility::get_convert_path(string_encode::MultiByteUTF8ToWideChar(
+                        (a_evidence.plugin_folder + a_evidence.plugin_file).c_str())));
+                request.method = diagnosis::method_name(a_evidence.entry);
+                request.values = a_probe_values;
+                a_evidence.probe = probes::run_probe(request);
+            }
+            const bool borrowed = a_evidence.run.ran && !a_evidence.run.timed_out &&
+                                  a_evidence.run.std_output.empty() &&
+                                  a_evidence.run.std_error.empty();
+            if (borrowed) {
+                a_evidence.run.std_output.swap(a_report.run_std_output);
+                a_evidence.run.std_error.swap(a_report.run_std_error);
+            }
+            try {
+                a_report.findings = diagnosis::diagnose(
+                    a_evidence, installed_text_language() == text_language::japanese
+                                    ? diagnosis::ui_language::japanese
+                                    : diagnosis::ui_language::english);
+            } catch (const std::exception&) {
+            }
+            if (borrowed) {
+                a_evidence.run.std_output.swap(a_report.run_std_output);
+                a_evidence.run.std_error.swap(a_report.run_std_error);
+            }
+        } catch (const std::exception&) {
+            // The diagnosis only explains; it never turns a run into a failure.
+        }
+    }
+
+    // After a confined command failed: when bwrap itself cannot set up a sandbox here, the run
+    // is refused, with what to change, rather than shown as a plug-in that failed.
+    static bool refuse_broken_sandbox(const utility::sandbox_scope& a_confinement,
+                                      run_report& a_report) {
+        std::string error = utility::sandbox_setup_error(a_confinement.layout().tool);
+        if (error.empty()) {
+            return false;
+        }
+        a_report.result = run_report::outcome::refused;
+        a_report.refusal = std::move(error);
+        a_report.sandbox_unavailable = true;
+        return true;
+    }
+
+    static void collect_candidates(const abstract_qiro_plugin_instance& a_instance,
+                                   const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
+                                   run_report& a_report) {
+        if (const auto candidates = std::dynamic_pointer_cast<message_script>(a_message)) {
+            a_report.candidates = candidates->get_candidates();
+        }
+        const auto received = a_instance.get_plugin_receive_data(a_message, 0, 0);
+        a_report.return_type = received.return_type;
+        a_report.candidate_list = received.xml_string;
+    }
+
+    void fail(run_report& a_report, const char* a_error) {
+        a_report.result = run_report::outcome::failed;
+        a_report.error = a_error;
+        a_report.alert_key = ALERT_RUN_DEBUG_ERROR;
+        m_alerts.show_alert(ALERT_RUN_DEBUG_ERROR);
+        m_sink.stop_progress();
+    }
+
+    bool refuse_written_form(const utf16_string& a_written_form, run_report& a_report) {
+        if (auto key = written_form_alert(a_written_form)) {
+            a_report.result = run_report::outcome::refused;
+            a_report.alert_key = *key;
+            m_alerts.show_alert(*key);
+            return true;
+        }
+        return false;
+    }
+};
+
+debug_runner::debug_runner(run_output_sink& a_sink, alert_sink& a_alerts)
+    : p_impl(std::make_unique<impl>(a_sink, a_alerts)) {}
+
+debug_runner::~debug_runner() = default;
+
+void debug_runner::set_settings_reader(settings_reader a_reader) {
+    p_impl->m_settings_reader = std::move(a_reader);
+}
+
+void debug_runner::set_instance_factory(instance_factory a_factory) {
+    p_impl->m_instance_factory = std::move(a_factory);
+}
+
+void debug_runner::set_probe_policy(probe_policy a_policy) {
+    p_impl->m_probe_policy = a_policy;
+}
+
+void debug_runner::set_sandbox(utility::sandbox_mode a_mode) {
+    p_impl->m_sandbox = a_mode;
+}
+
+utility::sandbox_mode debug_runner::sandbox() const {
+    return p_impl->m_sandbox;
+}
+
+run_report debug_runner::run_debug(const utf16_string& a_written_form, const plugin_entry& a_plugin,
+                                   const utf16_string& a_reading) {
+    run_report refused;
+    if (p_impl->refuse_written_form(a_written_form, refused)) {
+        return refused;
+    }
+    return p_impl->drive(
+        entry_kind::processing, a_plugin,
+        [&](abstract_qiro_plugin_instance& a_instance,
+            const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
+            const qiro_plugin_message_quit_flag& a_quit_flag,
+            std::vector<std::string>& a_probe_values) {
+            qiro_plugin_request request{};
+            fill_processing_request(request, a_written_form, a_reading,
+                                    p_impl->m_settings_reader());
+            a_probe_values = probe_values_of(
+                get_record_text(request.composition_string, request.composition_string_length),
+                get_record_text(request.reading_string, request.reading_string_length), request);
+            a_instance.run_processing(a_message, request, a_quit_flag);
+        });
+}
+
+run_report debug_runner::run_callback(const utf16_string& a_candidate,
+                                      const utf16_string& a_written_form,
+                                      const plugin_entry& a_plugin) {
+    run_report refused;
+    if (a_candidate.size() > QIRO_PLUGIN_REQUEST_STRING_CAPACITY) {
+        refused.refusal = "the candidate is longer than 200 UTF-16 code units";
+        return refused;
+    }
+    if (p_impl->refuse_written_form(a_written_form, refused)) {
+        return refused;
+    }
+    return p_impl->drive(
+        entry_kind::callback, a_plugin,
+        [&](abstract_qiro_plugin_instance& a_instance,
+            const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
+            const qiro_plugin_message_quit_flag& a_quit_flag,
+            std::vector<std::string>& a_probe_values) {
+            qiro_plugin_callback callback{};
+            fill_callback_request(callback, a_candidate, a_written_form,
+                                  p_impl->m_settings_reader());
+            a_probe_values = probe_values_of(
+                get_record_text(callback.candidate_string, callback.candidate_string_length),
+                get_record_text(callback.composition_string, callback.composition_string_length),
+                callback);
+            a_instance.run_callback(a_message, callback, a_quit_flag);
+        });
+}
+
+run_report debug_runner::run_preference(const plugin_entry& a_plugin) {
+    return p_impl->drive(entry_kind::preference, a_plugin,
+                         [](abstract_qiro_plugin_instance& a_instance,
+                            const std::shared_ptr<abstract_qiro_plugin_message>&,
+                            const qiro_plugin_message_quit_flag&,
+                            std::vector<std::string>&) { a_instance.run_preference(nullptr); });
+}
+
+} // namespace qiro_plugin::debugger

@@ -1,0 +1,108 @@
+#include "core/localized_texts.hpp"
+
+#include "platform/localized_string.hpp"
+#include "text/string_encode.hpp"
+
+#include <array>
+#include <atomic>
+#include <cstdlib>
+
+namespace qiro_plugin::debugger {
+
+namespace {
+
+constexpr std::array<localized_text_entry, 10> table{{
+    {ALERT_RELOAD_ERROR, "No plug-in file (.pl, .py or .rb) was found in the plugin folder.",
+     "plugin フォルダにプラグインファイル（.pl、.py、.rb）が見つかりませんでした。"},
+    {ALERT_EMPTY_HYOKI, "Enter the written form (hyoki) to hand to the plug-in.",
+     "プラグインに渡す表記を入力してください。"},
+    {ALERT_TOO_LONG_HYOKI, "The written form is too long: at most 100 UTF-16 code units.",
+     "表記が長すぎます。UTF-16 で 100 単位までにしてください。"},
+    {ALERT_RUN_DEBUG_ERROR, "The plug-in run ended with an error.",
+     "プラグインの実行中にエラーが発生しました。"},
+    {"keyDeleteX", "Forward Delete", "前方削除"},
+    {HINT_OUTPUT_NOT_UTF8,
+     "The interpreter printed bytes that are not UTF-8, for example text the plug-in printed in "
+     "Shift_JIS or EUC-JP. Print UTF-8 only.",
+     "インタプリタが UTF-8 でないバイト列を出力しました（プラグインが Shift_JIS や EUC-JP "
+     "で出力した文字など）。UTF-8 だけを出力してください。"},
+    {HINT_BRIDGE_FILE_NOT_WRITTEN,
+     "The bridge script could not be written to the data folder ~/Library/Preferences/QIRO "
+     "Lumen/. Check that the folder is writable and holds no file of the same name.",
+     "データフォルダ ~/Library/Preferences/QIRO Lumen/ にブリッジスクリプトを書き込めません"
+     "でした。フォルダに書き込めること、同じ名前のファイルがないことを確かめてください。"},
+    {HINT_DATA_FOLDER_MISSING,
+     "The data folder ~/Library/Preferences/QIRO Lumen/ could not be found or created.",
+     "データフォルダ ~/Library/Preferences/QIRO Lumen/ が見つからず、作ることもできませんでした。"},
+    {HINT_TEXT_NOT_CONVERTIBLE,
+     "A text holds a broken UTF-16 sequence (a lone surrogate) and cannot be passed on.",
+     "UTF-16 として壊れた文字（対になっていないサロゲート）を含むテキストは渡せません。"},
+    {HINT_DOCUMENT_TOO_LONG,
+     "A document is longer than 10,485,760 bytes, the most one may hold: the run's output "
+     "(what the plug-in printed comes first in it), or the plug-in's companion .xml.",
+     "文書が上限の 10,485,760 バイトを超えています。実行の出力（プラグインが出力した文字も"
+     "含みます）か、プラグインと対になる .xml のどちらかです。"},
+}};
+
+std::atomic<text_language> installed_language{text_language::english};
+
+} // namespace
+
+std::span<const localized_text_entry> localized_text_table() {
+    return table;
+}
+
+utf16_string localized_text(std::string_view a_key, text_language a_language) {
+    for (const auto& entry : table) {
+        if (entry.key == a_key) {
+            const std::string text(a_language == text_language::japanese ? entry.japanese
+                                                                         : entry.english);
+            return string_encode::MultiByteUTF8ToWideChar(text.c_str());
+        }
+    }
+    return {};
+}
+
+utf16_string run_error_hint(const std::string& a_error) {
+    // The error texts are the system's own; each maps to what an author can do about it.
+    const char* key = nullptr;
+    if (a_error == "::MultiByteUTF8ToWideChar() : failed") {
+        key = HINT_OUTPUT_NOT_UTF8;
+    } else if (a_error == "script_file_access::script_file_access() : fault.") {
+        key = HINT_BRIDGE_FILE_NOT_WRITTEN;
+    } else if (a_error.starts_with("utility::get_qiro_user_folder() call error")) {
+        key = HINT_DATA_FOLDER_MISSING;
+    } else if (a_error == "::WideCharToMultiByteShiftJis() : failed") {
+        key = HINT_TEXT_NOT_CONVERTIBLE;
+    } else if (a_error == "xml_access_utility_impl::xml_access_utility_impl() : failed") {
+        key = HINT_DOCUMENT_TOO_LONG;
+    }
+    return key == nullptr ? utf16_string() : utility::localized_string(key);
+}
+
+text_language language_from_environment() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const char* value = std::getenv(name);
+        if (value != nullptr && *value != '\0') {
+            return std::string_view(value).starts_with("ja") ? text_language::japanese
+                                                             : text_language::english;
+        }
+    }
+    return text_language::english;
+}
+
+void install_localized_text_provider(text_language a_language) {
+    installed_language = a_language;
+    utility::set_localized_string_provider(
+        [a_language](const std::string& a_key) { return localized_text(a_key, a_language); });
+}
+
+} // namespace qiro_plugin::debugger
+
+namespace qiro_plugin::debugger {
+
+text_language installed_text_language() {
+    return installed_language;
+}
+
+} // namespace qiro_plugin::debugger

@@ -1,0 +1,247 @@
+#include "window/cases_tab.hpp"
+
+#include "cases/case_snapshot.hpp"
+#include "text/string_encode.hpp"
+
+#include <QColor>
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include <map>
+
+namespace qiro_plugin::debugger {
+
+namespace {
+
+constexpr int result_column = 2;
+
+QString from_utf8(const std::string& a_text) {
+    return QString::fromUtf8(a_text.data(), static_cast<qsizetype>(a_text.size()));
+}
+
+std::filesystem::path path_of(const plugin_entry& a_plugin) {
+    const auto text = [](const utf16_string& a_text) {
+        try {
+            return string_encode::WideCharToMultiByteFilePath(a_text.c_str());
+        } catch (const std::exception&) {
+            return std::string();
+        }
+    };
+    return std::filesystem::path(text(a_plugin.first)) / text(a_plugin.second);
+}
+
+QString kind_text(const cases::test_case& a_case) {
+    switch (a_case.kind) {
+    case cases::case_kind::processing:
+        return from_utf8(a_case.written_form);
+    case cases::case_kind::callback:
+        return cases_tab::tr("callback: %1").arg(from_utf8(a_case.candidate));
+    case cases::case_kind::preference:
+        return cases_tab::tr("preference");
+    }
+    return {};
+}
+
+} // namespace
+
+struct cases_tab::impl {
+    plugin_source m_selected;
+    std::unique_ptr<cases::cases_file> m_file;
+    std::map<std::size_t, cases::case_outcome> m_outcomes;
+    bool m_running = false;
+};
+
+cases_tab::cases_tab(plugin_source a_selected, QWidget* a_parent)
+    : QWidget(a_parent), p_impl(std::make_unique<impl>()) {
+    p_impl->m_selected = std::move(a_selected);
+    setObjectName(QStringLiteral("cases_tab"));
+    m_list = new QTreeWidget(this);
+    m_list->setObjectName(QStringLiteral("case_list"));
+    m_list->setHeaderLabels({tr("Case"), tr("Input"), tr("Result")});
+    m_list->setRootIsDecorated(false);
+    m_list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_detail = new QPlainTextEdit(this);
+    m_detail->setObjectName(QStringLiteral("case_detail"));
+    m_detail->setReadOnly(true);
+    m_status = new QLabel(this);
+    m_run_all_button = new QPushButton(tr("Run all"), this);
+    m_run_selected_button = new QPushButton(tr("Run selected"), this);
+    auto* reload_button = new QPushButton(tr("Reload"), this);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(m_run_all_button);
+    buttons->addWidget(m_run_selected_button);
+    buttons->addWidget(reload_button);
+    buttons->addWidget(m_status, 1);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(buttons);
+    layout->addWidget(m_list, 2);
+    layout->addWidget(m_detail, 1);
+
+    connect(m_run_all_button, &QPushButton::clicked, this, &cases_tab::run_all);
+    connect(m_run_selected_button, &QPushButton::clicked, this, &cases_tab::run_selected);
+    connect(reload_button, &QPushButton::clicked, this, &cases_tab::reload);
+    connect(m_list, &QTreeWidget::itemSelectionChanged, this, &cases_tab::show_detail);
+    reload();
+}
+
+cases_tab::~cases_tab() = default;
+
+void cases_tab::reload() {
+    if (p_impl->m_running) {
+        return;
+    }
+    m_list->clear();
+    m_detail->clear();
+    p_impl->m_outcomes.clear();
+    p_impl->m_file.reset();
+    const auto plugin = p_impl->m_selected ? p_impl->m_selected() : std::nullopt;
+    if (!plugin) {
+        m_status->setText(tr("No plug-in selected."));
+        m_run_all_button->setEnabled(false);
+        m_run_selected_button->setEnabled(false);
+        return;
+    }
+    const auto path = cases::cases_path_for(path_of(*plugin));
+    std::error_code error;
+    if (!std::filesystem::exists(path, error)) {
+        m_status->setText(tr("No cases yet: save a run as a case, or write %1.")
+                              .arg(QString::fromStdString(path.filename().string())));
+        m_run_all_button->setEnabled(false);
+        m_run_selected_button->setEnabled(false);
+        return;
+    }
+    p_impl->m_file = std::make_unique<cases::cases_file>(cases::read_cases_file(path, *plugin));
+    for (const auto& the_case : p_impl->m_file->cases) {
+        new QTreeWidgetItem(m_list, {from_utf8(the_case.name), kind_text(the_case), tr("not run")});
+    }
+    QString problems;
+    for (const auto& problem : p_impl->m_file->problems) {
+        problems += tr("%1:%2:%3: %4\n")
+                        .arg(QString::fromStdString(path.filename().string()))
+                        .arg(problem.line)
+                        .arg(problem.column)
+                        .arg(from_utf8(problem.message));
+    }
+    m_detail->setPlainText(problems);
+    m_status->setText(problems.isEmpty() ? tr("%n case(s).", nullptr,
+                                              static_cast<int>(m_list->topLevelItemCount()))
+                                         : tr("The cases file has problems: see below."));
+    m_run_all_button->setEnabled(!p_impl->m_file->cases.empty());
+    m_run_selected_button->setEnabled(!p_impl->m_file->cases.empty());
+}
+
+void cases_tab::run_all() {
+    reload();
+    if (!p_impl->m_file) {
+        return;
+    }
+    std::vector<std::size_t> all(p_impl->m_file->cases.size());
+    for (std::size_t index = 0; index < all.size(); ++index) {
+        all[index] = index;
+    }
+    run(all);
+}
+
+void cases_tab::run_selected() {
+    if (!p_impl->m_file) {
+        return;
+    }
+    std::vector<std::size_t> chosen;
+    for (auto* item : m_list->selectedItems()) {
+        chosen.push_back(static_cast<std::size_t>(m_list->indexOfTopLevelItem(item)));
+    }
+    if (chosen.empty() && m_list->currentItem() != nullptr) {
+        chosen.push_back(
+            static_cast<std::size_t>(m_list->indexOfTopLevelItem(m_list->currentItem())));
+    }
+    run(chosen);
+}
+
+void cases_tab::run(const std::vector<std::size_t>& a_indexes) {
+    if (p_impl->m_running || a_indexes.empty()) {
+        return;
+    }
+    p_impl->m_running = true;
+    m_run_all_button->setEnabled(false);
+    m_run_selected_button->setEnabled(false);
+    std::vector<cases::case_job> jobs;
+    for (const auto index : a_indexes) {
+        jobs.push_back({p_impl->m_file.get(), &p_impl->m_file->cases.at(index)});
+        m_list->topLevelItem(static_cast<int>(index))->setText(result_column, tr("running…"));
+    }
+    int passed = 0;
+    int failed = 0;
+    cases::run_options options;
+    options.on_done = [&](std::size_t a_job, const cases::case_outcome& a_outcome) {
+        const std::size_t index = a_indexes[a_job];
+        auto* item = m_list->topLevelItem(static_cast<int>(index));
+        item->setText(result_column, a_outcome.check.passed ? tr("pass") : tr("FAIL"));
+        item->setForeground(result_column,
+                            a_outcome.check.passed ? QColor(0, 128, 0) : QColor(192, 0, 0));
+        p_impl->m_outcomes[index] = a_outcome;
+        (a_outcome.check.passed ? passed : failed) += 1;
+    };
+    // The cases run on worker threads; this thread keeps the window painted meanwhile.
+    options.on_wait = [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); };
+    cases::run_cases(jobs, options);
+    p_impl->m_running = false;
+    m_run_all_button->setEnabled(true);
+    m_run_selected_button->setEnabled(true);
+    m_status->setText(tr("%1 passed, %2 failed").arg(passed).arg(failed));
+    show_detail();
+    emit cases_finished(passed, failed);
+}
+
+void cases_tab::show_detail() {
+    auto* item = m_list->currentItem();
+    if (item == nullptr || !p_impl->m_file) {
+        return;
+    }
+    const auto index = static_cast<std::size_t>(m_list->indexOfTopLevelItem(item));
+    const auto found = p_impl->m_outcomes.find(index);
+    if (found == p_impl->m_outcomes.end()) {
+        m_detail->clear();
+        return;
+    }
+    const auto& outcome = found->second;
+    QString text;
+    if (outcome.check.passed) {
+        text = tr("Passed.\n");
+    }
+    for (const auto& problem : outcome.check.problems) {
+        text += from_utf8(problem) + QLatin1Char('\n');
+    }
+    if (!outcome.check.diff.empty()) {
+        text += tr("\nCandidates (- expected, + actual):\n");
+        for (const auto& line : outcome.check.diff) {
+            text += from_utf8(line) + QLatin1Char('\n');
+        }
+    }
+    if (!outcome.run.std_error_pane.empty() && !outcome.check.passed) {
+        text += tr("\nStandard error:\n") + from_utf8(outcome.run.std_error_pane);
+    }
+    m_detail->setPlainText(text);
+}
+
+QString cases_tab::save_as_case(const QString& a_name, const cases::test_case& a_inputs,
+                                const cases::case_run& a_run) {
+    const auto plugin = p_impl->m_selected ? p_impl->m_selected() : std::nullopt;
+    if (!plugin) {
+        return tr("No plug-in selected.");
+    }
+    cases::test_case named = a_inputs;
+    named.name = a_name.toStdString();
+    const auto error =
+        cases::append_case(cases::cases_path_for(path_of(*plugin)), std::move(named), a_run);
+    reload();
+    return from_utf8(error);
+}
+
+} // namespace qiro_plugin::debugger

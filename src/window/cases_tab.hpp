@@ -1,0 +1,60 @@
+#pragma once
+// The Cases tab: the selected plug-in's cases with pass or fail, run all or one, a failure's diff.
+
+#include "cases/case_runner.hpp"
+#include "core/plugin_discovery.hpp"
+
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QLabel;
+class QPlainTextEdit;
+class QPushButton;
+class QTreeWidget;
+
+namespace qiro_plugin::debugger {
+
+class cases_tab : public QWidget {
+    Q_OBJECT
+
+public:
+    using plugin_source = std::function<std::optional<plugin_entry>()>;
+
+    // a_selected answers the plug-in chosen in the window now (none when the menu is empty).
+    explicit cases_tab(plugin_source a_selected, QWidget* a_parent = nullptr);
+    ~cases_tab() override;
+
+    // Adds the run as a new case of the selected plug-in (its cases file is made when missing),
+    // then lists it; "Save as case…" of a history entry calls this. An error text, or empty.
+    QString save_as_case(const QString& a_name, const cases::test_case& a_inputs,
+                         const cases::case_run& a_run);
+
+    QTreeWidget* case_list() const { return m_list; }
+    QPlainTextEdit* detail() const { return m_detail; }
+
+public slots:
+    // Reads the selected plug-in's cases file again; every case shows as not run.
+    void reload();
+    void run_all();
+    void run_selected();
+
+signals:
+    void cases_finished(int a_passed, int a_failed);
+
+private:
+    void run(const std::vector<std::size_t>& a_indexes);
+    void show_detail();
+
+    struct impl;
+    std::unique_ptr<impl> p_impl;
+    QTreeWidget* m_list = nullptr;
+    QPlainTextEdit* m_detail = nullptr;
+    QLabel* m_status = nullptr;
+    QPushButton* m_run_all_button = nullptr;
+    QPushButton* m_run_selected_button = nullptr;
+};
+
+} // namespace qiro_plugin::debugger

@@ -1,0 +1,126 @@
+#include "window/diagnosis_list.hpp"
+
+#include "core/editor_command.hpp"
+
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QProcess>
+#include <QStyle>
+#include <QTreeWidget>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace qiro_plugin::debugger {
+
+namespace {
+
+constexpr int file_role = Qt::UserRole;
+constexpr int line_role = Qt::UserRole + 1;
+
+QIcon severity_icon(const QWidget& a_widget, diagnosis::severity a_level) {
+    switch (a_level) {
+    case diagnosis::severity::error:
+        return a_widget.style()->standardIcon(QStyle::SP_MessageBoxCritical);
+    case diagnosis::severity::warning:
+        return a_widget.style()->standardIcon(QStyle::SP_MessageBoxWarning);
+    case diagnosis::severity::note:
+        break;
+    }
+    return a_widget.style()->standardIcon(QStyle::SP_MessageBoxInformation);
+}
+
+QString place_of(const diagnosis::finding& a_finding) {
+    if (!a_finding.file) {
+        return {};
+    }
+    QString place = QString::fromStdString(*a_finding.file).section(QLatin1Char('/'), -1);
+    if (a_finding.line) {
+        place += QLatin1Char(':') + QString::number(*a_finding.line);
+        if (a_finding.column) {
+            place += QLatin1Char(':') + QString::number(*a_finding.column);
+        }
+    }
+    return place;
+}
+
+} // namespace
+
+diagnosis_list::diagnosis_list(QWidget* a_parent) : QWidget(a_parent) {
+    m_tree = new QTreeWidget(this);
+    m_tree->setObjectName(QStringLiteral("diagnosis_tree"));
+    m_tree->setColumnCount(2);
+    m_tree->setHeaderLabels({tr("Diagnosis"), tr("Place")});
+    m_tree->setRootIsDecorated(false);
+    m_tree->header()->setStretchLastSection(false);
+    m_tree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    m_tree->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    m_tree->setWordWrap(true);
+
+    m_probe = new QComboBox(this);
+    m_probe->setObjectName(QStringLiteral("probe_policy"));
+    // In the order of probe_policy.
+    m_probe->addItems({tr("after a failed or empty run"), tr("after every run"), tr("never")});
+    m_probe->setToolTip(tr("A probe runs the plug-in a second time to see what its entry "
+                           "returned and which candidates the bridge drops."));
+
+    auto* row = new QHBoxLayout;
+    row->addWidget(new QLabel(tr("Probe the plug-in:"), this));
+    row->addWidget(m_probe);
+    row->addStretch(1);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_tree, 1);
+    layout->addLayout(row);
+
+    connect(m_probe, &QComboBox::currentIndexChanged, this,
+            [this] { emit probe_policy_changed(policy()); });
+    connect(m_tree, &QTreeWidget::itemDoubleClicked, this,
+            [this](QTreeWidgetItem* a_item) { open_place(a_item); });
+}
+
+probe_policy diagnosis_list::policy() const {
+    return static_cast<probe_policy>(m_probe->currentIndex());
+}
+
+void diagnosis_list::show_findings(const std::vector<diagnosis::finding>& a_findings) {
+    m_tree->clear();
+    for (const auto& finding : a_findings) {
+        auto* item = new QTreeWidgetItem(m_tree);
+        item->setIcon(0, severity_icon(*this, finding.level));
+        item->setText(0, QString::fromStdString(finding.message));
+        item->setText(1, place_of(finding));
+        const QString hint = QString::fromStdString(finding.hint);
+        item->setToolTip(0, hint);
+        item->setToolTip(1, hint);
+        if (finding.file) {
+            item->setData(0, file_role, QString::fromStdString(*finding.file));
+            item->setData(0, line_role, finding.line ? static_cast<int>(*finding.line) : 0);
+        }
+    }
+}
+
+void diagnosis_list::open_place(QTreeWidgetItem* a_item) {
+    const QString file = a_item->data(0, file_role).toString();
+    if (file.isEmpty()) {
+        return;
+    }
+    const int line = a_item->data(0, line_role).toInt();
+    const auto command = line > 0
+                             ? editor_command(file.toStdString(), static_cast<std::uint32_t>(line))
+                             : std::vector<std::string>{};
+    if (!command.empty()) {
+        QStringList arguments;
+        for (std::size_t index = 1; index < command.size(); ++index) {
+            arguments << QString::fromStdString(command[index]);
+        }
+        if (QProcess::startDetached(QString::fromStdString(command.front()), arguments)) {
+            return;
+        }
+    }
+    QDesktopServices::openUrl(QUrl::fromLocalFile(file));
+}
+
+} // namespace qiro_plugin::debugger

@@ -1,0 +1,67 @@
+#include "cases/case_runner.hpp"
+#include "window/cases_tab.hpp"
+#include "text/string_encode.hpp"
+
+#include <QApplication>
+#include <QPlainTextEdit>
+#include <QTemporaryDir>
+#include <QTreeWidget>
+#include <QtTest>
+
+#include <fstream>
+
+using namespace qiro_plugin;
+
+class cases_tab_test : public QObject {
+    Q_OBJECT
+
+private slots:
+    void runs_the_selected_plugins_cases_and_saves_a_run_as_a_case() {
+        QTemporaryDir home;
+        QTemporaryDir plugins;
+        qputenv("HOME", home.path().toUtf8());
+        QVERIFY(QFile::copy(QStringLiteral(QIRO_SAMPLE_PLUGIN_DIR "/sample_perl.pl"),
+                            plugins.filePath(QStringLiteral("mine.pl"))));
+        std::ofstream(plugins.filePath(QStringLiteral("mine.cases.json")).toStdString())
+            << R"({"cases": [
+                {"name": "good", "written_form": "abc", "expect": {"candidates": [{"hyoki": "abc"}],
+                 "match": "prefix"}},
+                {"name": "bad", "written_form": "abc", "expect": {"candidates": [{"hyoki": "x"}],
+                 "match": "prefix"}}]})";
+        const std::string folder = plugins.path().toStdString() + "/";
+        std::optional<debugger::plugin_entry> selected = debugger::plugin_entry{
+            string_encode::MultiByteFilePathToWideChar(folder.c_str()), u"mine.pl"};
+        debugger::cases_tab tab([&selected] { return selected; });
+        tab.show();
+        QCOMPARE(tab.case_list()->topLevelItemCount(), 2);
+
+        QSignalSpy finished(&tab, &debugger::cases_tab::cases_finished);
+        tab.run_all();
+        QCOMPARE(finished.count(), 1);
+        QCOMPARE(finished.at(0).at(0).toInt(), 1);
+        QCOMPARE(tab.case_list()->topLevelItem(0)->text(2), QStringLiteral("pass"));
+        QCOMPARE(tab.case_list()->topLevelItem(1)->text(2), QStringLiteral("FAIL"));
+        tab.case_list()->setCurrentItem(tab.case_list()->topLevelItem(1));
+        QVERIFY2(tab.detail()->toPlainText().contains(QStringLiteral("- 1. hyoki=\"x\"\n"
+                                                                     "+ 1. hyoki=\"abc\"")),
+                 qPrintable(tab.detail()->toPlainText()));
+
+        // A run saved as a case passes when the cases run again.
+        cases::test_case inputs;
+        inputs.written_form = "保存";
+        const auto run = cases::run_case(inputs, *selected);
+        QCOMPARE(tab.save_as_case(QStringLiteral("good"), inputs, run), QString());
+        QCOMPARE(tab.case_list()->topLevelItemCount(), 3);
+        QCOMPARE(tab.case_list()->topLevelItem(2)->text(0), QStringLiteral("good (2)"));
+        tab.case_list()->setCurrentItem(tab.case_list()->topLevelItem(2));
+        tab.run_selected();
+        QCOMPARE(tab.case_list()->topLevelItem(2)->text(2), QStringLiteral("pass"));
+
+        selected.reset();
+        tab.reload();
+        QCOMPARE(tab.case_list()->topLevelItemCount(), 0);
+    }
+};
+
+QTEST_MAIN(cases_tab_test)
+#include "cases_tab_test.moc"
