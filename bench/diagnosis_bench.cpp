@@ -35,8 +35,8 @@ const diagnosis::run_evidence& sample_evidence() {
         debugger::pane_text_sink panes;
         no_alerts alerts;
         debugger::debug_runner runner(panes, alerts);
-        const auto report = runner.run_debug(
-            u"変換", {utf16_string(folder.begin(), folder.end()), u"sample_python.py"});
+        const auto report = runner.run(processing_request(
+            {utf16_string(folder.begin(), folder.end()), u"sample_python.py"}, u"変換"));
         fs::remove_all(home);
         if (report.candidates.empty()) {
             throw std::runtime_error("the sample gave no candidate");

@@ -42,20 +42,16 @@ case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugi
     case_run run;
     try {
         debugger::debug_runner runner(panes, alerts);
-        runner.set_sandbox(a_sandbox);
-        switch (a_case.kind) {
-        case case_kind::processing:
-            run.report =
-                runner.run_debug(utf16(a_case.written_form), a_plugin, utf16(a_case.reading));
-            break;
-        case case_kind::callback:
-            run.report =
-                runner.run_callback(utf16(a_case.candidate), utf16(a_case.written_form), a_plugin);
-            break;
-        case case_kind::preference:
-            run.report = runner.run_preference(a_plugin);
-            break;
-        }
+        debugger::run_request request;
+        request.entry = a_case.kind == case_kind::callback     ? diagnosis::entry_kind::callback
+                        : a_case.kind == case_kind::preference ? diagnosis::entry_kind::preference
+                                                               : diagnosis::entry_kind::processing;
+        request.plugin = a_plugin;
+        request.written_form = utf16(a_case.written_form);
+        request.reading = utf16(a_case.reading);
+        request.candidate = utf16(a_case.candidate);
+        request.options.sandbox = a_sandbox;
+        run.report = runner.run(request);
     } catch (const std::exception& error) {
         // The runner turns a run's own failures into its report; this is what is left, such as
         // text that cannot be converted.

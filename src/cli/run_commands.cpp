@@ -31,6 +31,21 @@ debugger::probe_policy policy_of(const run_options& a_options) {
                               : debugger::probe_policy::after_failure;
 }
 
+debugger::run_request request_of(const run_options& a_options, diagnosis::entry_kind a_entry,
+                                 const debugger::plugin_entry& a_plugin,
+                                 const utf16_string& a_written_form, const utf16_string& a_reading,
+                                 const utf16_string& a_candidate) {
+    debugger::run_request request;
+    request.entry = a_entry;
+    request.plugin = a_plugin;
+    request.written_form = a_written_form;
+    request.reading = a_reading;
+    request.candidate = a_candidate;
+    request.options.sandbox = sandbox_mode_of(a_options.sandbox);
+    request.options.probes = policy_of(a_options);
+    return request;
+}
+
 std::optional<utf16_string> argument_text(const std::string& a_text, const char* a_name) {
     auto text = from_utf8(a_text);
     if (!text) {
@@ -82,9 +97,8 @@ int command_run(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
-    runner.set_probe_policy(policy_of(a_options));
-    runner.set_sandbox(sandbox_mode_of(a_options.sandbox));
-    run_report report = runner.run_debug(*written_form, *plugin, *reading);
+    run_report report = runner.run(request_of(a_options, diagnosis::entry_kind::processing, *plugin,
+                                              *written_form, *reading, {}));
     if (report_sandbox_refusal(report)) {
         return exit_not_run;
     }
@@ -131,9 +145,8 @@ int command_callback(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
-    runner.set_probe_policy(policy_of(a_options));
-    runner.set_sandbox(sandbox_mode_of(a_options.sandbox));
-    run_report report = runner.run_callback(*candidate, *written_form, *plugin);
+    run_report report = runner.run(request_of(a_options, diagnosis::entry_kind::callback, *plugin,
+                                              *written_form, {}, *candidate));
     if (report_sandbox_refusal(report)) {
         return exit_not_run;
     }
@@ -158,9 +171,8 @@ int command_preference(const run_options& a_options) {
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
-    runner.set_probe_policy(policy_of(a_options));
-    runner.set_sandbox(sandbox_mode_of(a_options.sandbox));
-    run_report report = runner.run_preference(*plugin);
+    run_report report =
+        runner.run(request_of(a_options, diagnosis::entry_kind::preference, *plugin, {}, {}, {}));
     if (report_sandbox_refusal(report)) {
         return exit_not_run;
     }

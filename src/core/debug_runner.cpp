@@ -66,8 +66,6 @@ struct debug_runner::impl {
     alert_sink& m_alerts;
     settings_reader m_settings_reader;
     instance_factory m_instance_factory;
-    probe_policy m_probe_policy = probe_policy::after_failure;
-    utility::sandbox_mode m_sandbox = utility::sandbox_mode::off;
 
     impl(run_output_sink& a_sink, alert_sink& a_alerts)
         : m_sink(a_sink), m_alerts(a_alerts),
@@ -77,12 +75,13 @@ struct debug_runner::impl {
     // The steps every entry shares: panes cleared, busy indicator, an instance that passed its
     // syntax check, the entry itself, the outputs appended, destruction in order; any
     // exception becomes the one run alert.
-    template <typename Entry>
-    run_report drive(entry_kind a_kind, const plugin_entry& a_plugin, Entry&& a_entry) {
+    run_report drive(const run_request& a_request) {
+        const entry_kind a_kind = a_request.entry;
+        const plugin_entry& a_plugin = a_request.plugin;
         const auto started = clock_type::now();
         run_report report;
         std::optional<utility::sandbox_scope> confinement;
-        if (!confine(a_plugin, report, confinement)) {
+        if (!confine(a_request.options.sandbox, a_plugin, report, confinement)) {
             return report;
         }
         diagnosis::run_evidence evidence;
@@ -94,6 +93,7 @@ struct debug_runner::impl {
         std::shared_ptr<abstract_qiro_plugin_message> message;
         std::unique_ptr<qiro_plugin_message_quit_flag> quit_flag;
         bool entry_started = false;
+        bool companions_joined = false;
         try {
             m_sink.clear_std_output_text();
             m_sink.clear_std_error_output_text();
@@ -111,7 +111,7 @@ struct debug_runner::impl {
                     return report;
                 }
                 report.result = run_report::outcome::not_run;
-                finish(report, evidence, probe_values, started);
+                finish(a_request.options.probes, report, evidence, probe_values, started);
                 return report;
             }
             evidence.instance_made = true;
@@ -122,9 +122,19 @@ struct debug_runner::impl {
                 m_sink.stop_progress();
                 report.result = run_report::outcome::entry_not_enabled;
                 evidence.entry_enabled = false;
-                finish(report, evidence, probe_values, started);
+                finish(a_request.options.probes, report, evidence, probe_values, started);
                 return report;
             }
+
+            utility::command_environment environment;
+            if (auto refusal = prepare_companions(a_request, evidence, environment)) {
+                instance.reset();
+                m_sink.stop_progress();
+                report.result = run_report::outcome::refused;
+                report.refusal = std::move(*refusal);
+                return report;
+            }
+            companions_joined = true;
 
             instance->run_initialize();
             message = instance->alloc_qiro_plugin_message(nullptr, 0);
@@ -132,7 +142,10 @@ struct debug_runner::impl {
 
             const auto run_started = clock_type::now();
             entry_started = true;
-            a_entry(*instance, message, *quit_flag, probe_values);
+            {
+                const utility::command_environment_scope joined(std::move(environment));
+                run_entry(a_request, *instance, message, *quit_flag, probe_values);
+            }
             report.run_ms = milliseconds_since(run_started);
             if (instance->is_enable_preference()) {
                 // The probe gets the settings folder the bridge got; finding it again must never
@@ -177,16 +190,76 @@ struct debug_runner::impl {
         quit_flag.reset();
         message.reset();
         instance.reset();
-        finish(report, evidence, probe_values, started);
+        finish(a_request.options.probes, report, evidence, probe_values, started);
+        if (companions_joined) {
+            for (const auto& companion : a_request.options.companions) {
+                companion->finish(report);
+            }
+        }
         return report;
+    }
+
+    // What each companion adds to the entry's environment; the first refusal ends the run.
+    static std::optional<std::string>
+    prepare_companions(const run_request& a_request, const diagnosis::run_evidence& a_evidence,
+                       utility::command_environment& a_environment) {
+        if (a_request.options.companions.empty()) {
+            return std::nullopt;
+        }
+        entry_context context;
+        context.entry = a_request.entry;
+        context.language = a_evidence.language;
+        context.plugin_path = to_utf8_or_empty(utility::get_convert_path(
+            a_request.plugin.first + a_request.plugin.second));
+        context.data_folder = utility::get_qiro_lumen_data_folder();
+        for (const auto& companion : a_request.options.companions) {
+            if (auto refusal = companion->prepare(context, a_environment)) {
+                return refusal;
+            }
+        }
+        return std::nullopt;
+    }
+
+    // The entry's own command, with the request record the plug-in manager would fill.
+    void run_entry(const run_request& a_request, abstract_qiro_plugin_instance& a_instance,
+                   const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
+                   const qiro_plugin_message_quit_flag& a_quit_flag,
+                   std::vector<std::string>& a_probe_values) const {
+        switch (a_request.entry) {
+        case entry_kind::processing: {
+            qiro_plugin_request request{};
+            fill_processing_request(request, a_request.written_form, a_request.reading,
+                                    m_settings_reader());
+            a_probe_values = probe_values_of(
+                get_record_text(request.composition_string, request.composition_string_length),
+                get_record_text(request.reading_string, request.reading_string_length), request);
+            a_instance.run_processing(a_message, request, a_quit_flag);
+            return;
+        }
+        case entry_kind::callback: {
+            qiro_plugin_callback callback{};
+            fill_callback_request(callback, a_request.candidate, a_request.written_form,
+                                  m_settings_reader());
+            a_probe_values = probe_values_of(
+                get_record_text(callback.candidate_string, callback.candidate_string_length),
+                get_record_text(callback.composition_string, callback.composition_string_length),
+                callback);
+            a_instance.run_callback(a_message, callback, a_quit_flag);
+            return;
+        }
+        case entry_kind::preference:
+            a_instance.run_preference(nullptr);
+            return;
+        }
     }
 
     // Sets up the sandbox the runner was asked for, for every command of this run on this
     // thread; false, with the report refused, when it cannot be had.
-    bool confine(const plugin_entry& a_plugin, run_report& a_report,
-                 std::optional<utility::sandbox_scope>& a_confinement) const {
-        a_report.sandbox = m_sandbox;
-        if (m_sandbox == utility::sandbox_mode::off) {
+    static bool confine(utility::sandbox_mode a_mode, const plugin_entry& a_plugin,
+                        run_report& a_report,
+                        std::optional<utility::sandbox_scope>& a_confinement) {
+        a_report.sandbox = a_mode;
+        if (a_mode == utility::sandbox_mode::off) {
             return true;
         }
         std::string refusal;
@@ -194,7 +267,7 @@ struct debug_runner::impl {
             auto availability = utility::check_sandbox();
             if (availability.error.empty()) {
                 auto layout = make_run_sandbox(
-                    m_sandbox, a_plugin, utility::get_qiro_lumen_data_folder(), availability.tool);
+                    a_mode, a_plugin, utility::get_qiro_lumen_data_folder(), availability.tool);
                 if (auto* ready = std::get_if<utility::sandbox_layout>(&layout)) {
                     a_confinement.emplace(std::move(*ready));
                     return true;
@@ -225,7 +298,7 @@ struct debug_runner::impl {
 
     // The diagnosis, after the faithful run is over: a failed or empty run may be probed, which
     // runs the plug-in a second time; the panes and alerts are not touched.
-    void finish(run_report& a_report, diagnosis::run_evidence& a_evidence,
+    void finish(probe_policy a_probes, run_report& a_report, diagnosis::run_evidence& a_evidence,
                 const std::vector<std::string>& a_probe_values, clock_type::time_point a_started) {
         a_report.total_ms = milliseconds_since(a_started);
         a_evidence.error = a_report.error;
@@ -242,8 +315,8 @@ struct debug_runner::impl {
         // A probe of a hang would only hang as long again.
         const bool probe = a_evidence.instance_made && a_evidence.entry_enabled && run.ran &&
                            !run.timed_out &&
-                           (m_probe_policy == probe_policy::always ||
-                            (m_probe_policy == probe_policy::after_failure && failed));
+                           (a_probes == probe_policy::always ||
+                            (a_probes == probe_policy::after_failure && failed));
         try {
             if (probe) {
                 probes::probe_request request;
@@ -335,74 +408,18 @@ void debug_runner::set_instance_factory(instance_factory a_factory) {
     p_impl->m_instance_factory = std::move(a_factory);
 }
 
-void debug_runner::set_probe_policy(probe_policy a_policy) {
-    p_impl->m_probe_policy = a_policy;
-}
-
-void debug_runner::set_sandbox(utility::sandbox_mode a_mode) {
-    p_impl->m_sandbox = a_mode;
-}
-
-utility::sandbox_mode debug_runner::sandbox() const {
-    return p_impl->m_sandbox;
-}
-
-run_report debug_runner::run_debug(const utf16_string& a_written_form, const plugin_entry& a_plugin,
-                                   const utf16_string& a_reading) {
+run_report debug_runner::run(const run_request& a_request) {
     run_report refused;
-    if (p_impl->refuse_written_form(a_written_form, refused)) {
-        return refused;
-    }
-    return p_impl->drive(
-        entry_kind::processing, a_plugin,
-        [&](abstract_qiro_plugin_instance& a_instance,
-            const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
-            const qiro_plugin_message_quit_flag& a_quit_flag,
-            std::vector<std::string>& a_probe_values) {
-            qiro_plugin_request request{};
-            fill_processing_request(request, a_written_form, a_reading,
-                                    p_impl->m_settings_reader());
-            a_probe_values = probe_values_of(
-                get_record_text(request.composition_string, request.composition_string_length),
-                get_record_text(request.reading_string, request.reading_string_length), request);
-            a_instance.run_processing(a_message, request, a_quit_flag);
-        });
-}
-
-run_report debug_runner::run_callback(const utf16_string& a_candidate,
-                                      const utf16_string& a_written_form,
-                                      const plugin_entry& a_plugin) {
-    run_report refused;
-    if (a_candidate.size() > QIRO_PLUGIN_REQUEST_STRING_CAPACITY) {
+    if (a_request.entry == entry_kind::callback &&
+        a_request.candidate.size() > QIRO_PLUGIN_REQUEST_STRING_CAPACITY) {
         refused.refusal = "the candidate is longer than 200 UTF-16 code units";
         return refused;
     }
-    if (p_impl->refuse_written_form(a_written_form, refused)) {
+    if (a_request.entry != entry_kind::preference &&
+        p_impl->refuse_written_form(a_request.written_form, refused)) {
         return refused;
     }
-    return p_impl->drive(
-        entry_kind::callback, a_plugin,
-        [&](abstract_qiro_plugin_instance& a_instance,
-            const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
-            const qiro_plugin_message_quit_flag& a_quit_flag,
-            std::vector<std::string>& a_probe_values) {
-            qiro_plugin_callback callback{};
-            fill_callback_request(callback, a_candidate, a_written_form,
-                                  p_impl->m_settings_reader());
-            a_probe_values = probe_values_of(
-                get_record_text(callback.candidate_string, callback.candidate_string_length),
-                get_record_text(callback.composition_string, callback.composition_string_length),
-                callback);
-            a_instance.run_callback(a_message, callback, a_quit_flag);
-        });
-}
-
-run_report debug_runner::run_preference(const plugin_entry& a_plugin) {
-    return p_impl->drive(entry_kind::preference, a_plugin,
-                         [](abstract_qiro_plugin_instance& a_instance,
-                            const std::shared_ptr<abstract_qiro_plugin_message>&,
-                            const qiro_plugin_message_quit_flag&,
-                            std::vector<std::string>&) { a_instance.run_preference(nullptr); });
+    return p_impl->drive(a_request);
 }
 
 } // namespace qiro_plugin::debugger

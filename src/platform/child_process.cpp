@@ -154,7 +154,8 @@ std::unique_ptr<child_process> child_process::start(const std::string& a_command
 
 std::unique_ptr<child_process> child_process::start(const std::vector<std::string>& a_arguments,
                                                     const std::string& a_working_folder,
-                                                    int& a_std_output_fd, int& a_std_error_fd) {
+                                                    int& a_std_output_fd, int& a_std_error_fd,
+                                                    const std::vector<std::string>& a_environment) {
     if (a_arguments.empty()) {
         return nullptr;
     }
@@ -173,9 +174,15 @@ std::unique_ptr<child_process> child_process::start(const std::vector<std::strin
         arguments.push_back(argument.data());
     }
     arguments.push_back(nullptr);
+    std::vector<std::string> owned_environment = a_environment;
+    std::vector<char*> environment;
+    for (auto& entry : owned_environment) {
+        environment.push_back(entry.data());
+    }
+    environment.push_back(nullptr);
     pid_t pid = 0;
     if (posix_spawn(&pid, owned.front().c_str(), &setup.actions, &setup.attributes,
-                    arguments.data(), environ) != 0) {
+                    arguments.data(), a_environment.empty() ? environ : environment.data()) != 0) {
         return nullptr;
     }
     add_running_group(pid);

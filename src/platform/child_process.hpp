@@ -19,10 +19,12 @@ public:
     static std::unique_ptr<child_process> start(const std::string& a_command_line,
                                                 const std::string& a_working_folder,
                                                 int& a_std_output_fd, int& a_std_error_fd);
-    // The same for any program: a_arguments[0] is its absolute path.
+    // The same for any program: a_arguments[0] is its absolute path. A non-empty a_environment
+    // ("NAME=VALUE" entries) replaces this process's environment for the child.
     static std::unique_ptr<child_process> start(const std::vector<std::string>& a_arguments,
                                                 const std::string& a_working_folder,
-                                                int& a_std_output_fd, int& a_std_error_fd);
+                                                int& a_std_output_fd, int& a_std_error_fd,
+                                                const std::vector<std::string>& a_environment = {});
     // A child still unreaped here (an exception unwound the run) is killed with its group.
     ~child_process();
     child_process(const child_process&) = delete;

@@ -1,6 +1,7 @@
 #include "platform/command_runner.hpp"
 
 #include "platform/child_process.hpp"
+#include "platform/command_environment.hpp"
 #include "platform/output_stream.hpp"
 #include "platform/running_commands.hpp"
 #include "platform/sandbox.hpp"
@@ -103,15 +104,13 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     }
     int std_output_fd = -1;
     int std_error_fd = -1;
-    std::unique_ptr<detail::child_process> child;
+    std::vector<std::string> command{"/bin/sh", "-c", a_command_line};
     if (const sandbox_layout* sandbox = current_sandbox()) {
-        child = detail::child_process::start(
-            sandbox_command(*sandbox, folder.empty() ? current_folder() : folder,
-                            {"/bin/sh", "-c", a_command_line}),
-            folder, std_output_fd, std_error_fd);
-    } else {
-        child = detail::child_process::start(a_command_line, folder, std_output_fd, std_error_fd);
+        command = sandbox_command(*sandbox, folder.empty() ? current_folder() : folder, command);
     }
+    const bool with_timeout = a_is_timeout && !commands_without_timeout();
+    auto child = detail::child_process::start(command, folder, std_output_fd, std_error_fd,
+                                              command_environment_block(environ));
     if (!child) {
         return 1;
     }
@@ -154,7 +153,7 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
         if (stopped()) {
             return end_early(true);
         }
-        if (a_is_timeout && counter > timeout_counter) {
+        if (with_timeout && counter > timeout_counter) {
             return end_early(false);
         }
         counter += pass_step;

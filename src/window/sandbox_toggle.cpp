@@ -12,8 +12,8 @@ const QString settings_key = QStringLiteral("run/sandbox");
 
 } // namespace
 
-sandbox_toggle::sandbox_toggle(debug_runner& a_runner, QWidget* a_parent)
-    : QWidget(a_parent), m_runner(a_runner), m_sandbox(new QCheckBox(tr("Sandbox"), this)),
+sandbox_toggle::sandbox_toggle(run_options& a_options, QWidget* a_parent)
+    : QWidget(a_parent), m_options(a_options), m_sandbox(new QCheckBox(tr("Sandbox"), this)),
       m_no_network(new QCheckBox(tr("No network"), this)) {
     m_sandbox->setToolTip(tr("Run plug-ins inside bubblewrap: the system and the plug-in's "
                              "folder read-only, the rest of your home folder out of reach."));
@@ -38,7 +38,7 @@ void sandbox_toggle::apply() {
     const auto mode = !m_sandbox->isChecked()     ? utility::sandbox_mode::off
                       : m_no_network->isChecked() ? utility::sandbox_mode::nonet
                                                   : utility::sandbox_mode::on;
-    m_runner.set_sandbox(mode);
+    m_options.sandbox = mode;
     QSettings().setValue(settings_key, QString::fromLatin1(utility::sandbox_mode_name(mode)));
 }
 

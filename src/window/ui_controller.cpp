@@ -82,6 +82,7 @@ struct ui_controller::impl {
     Ui::main_window m_ui;
     std::unique_ptr<main_window_frame> m_window = std::make_unique<main_window_frame>();
     debug_runner m_runner;
+    run_options m_options;
 };
 
 ui_controller& ui_controller::getInstance() {
@@ -119,7 +120,7 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
     m_diagnosis_list = new diagnosis_list(m_self_window);
     p_impl->m_ui.bottom_area_layout->addWidget(m_diagnosis_list);
     connect(m_diagnosis_list, &diagnosis_list::probe_policy_changed, this,
-            [this](probe_policy a_policy) { p_impl->m_runner.set_probe_policy(a_policy); });
+            [this](probe_policy a_policy) { p_impl->m_options.probes = a_policy; });
 
     m_self_window->installEventFilter(this);
     connect(m_run_debug_button, &QPushButton::clicked, this, &ui_controller::run_debug);
@@ -127,7 +128,7 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
     connect(p_impl->m_ui.m_reload_button, &QPushButton::clicked, this, &ui_controller::reload);
     connect(m_loaded_plusins_popup_button, &QComboBox::activated, this,
             [this](int a_index) { m_menu_model.select(static_cast<std::size_t>(a_index)); });
-    m_self_window->statusBar()->addPermanentWidget(new sandbox_toggle(p_impl->m_runner));
+    m_self_window->statusBar()->addPermanentWidget(new sandbox_toggle(p_impl->m_options));
     awake_from_nib();
 }
 
@@ -147,6 +148,15 @@ QMainWindow* ui_controller::window() const {
 
 debug_runner& ui_controller::runner() {
     return p_impl->m_runner;
+}
+
+run_options& ui_controller::options() {
+    return p_impl->m_options;
+}
+
+run_report ui_controller::run(run_request a_request) {
+    a_request.options = p_impl->m_options;
+    return p_impl->m_runner.run(a_request);
 }
 
 void ui_controller::awake_from_nib() {
@@ -211,8 +221,8 @@ void ui_controller::run_debug() {
         return;
     }
     // An empty reading leaves the request exactly as the plug-in manager fills it.
-    const run_report report = p_impl->m_runner.run_debug(
-        to_utf16(m_hyoki_text_field->text()), *plugin, to_utf16(m_reading_text_field->text()));
+    const run_report report = run(processing_request(
+        *plugin, to_utf16(m_hyoki_text_field->text()), to_utf16(m_reading_text_field->text())));
     m_diagnosis_list->show_findings(report.findings);
     show_run_summary(report, to_qstring(plugin->second));
     emit run_finished(report, *plugin);

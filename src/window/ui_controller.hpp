@@ -33,6 +33,10 @@ public:
     QMainWindow* window() const;
     // The run logic the window drives; tests replace its settings and instance sources.
     debug_runner& runner();
+    // The options every run of the window takes (sandbox, probes), as its controls set them.
+    run_options& options();
+    // Runs the request with the window's options, as Run, Callback and Preference do.
+    run_report run(run_request a_request);
     const plugin_menu_model& menu_model() const { return m_menu_model; }
     diagnosis_list* diagnosis_view() const { return m_diagnosis_list; }
 

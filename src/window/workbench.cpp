@@ -331,7 +331,7 @@ void workbench::run_callback() {
     }
     const utf16_string written_form = to_utf16(d.m_written_form->text());
     const run_report report =
-        d.m_controller.runner().run_callback(candidate->title, written_form, *plugin);
+        d.m_controller.run(callback_request(*plugin, candidate->title, written_form));
     show_entry_summary(tr("callback"), report);
     if (report.result != run_report::outcome::refused) {
         d.record("callback", report, *plugin, written_form, {});
@@ -344,7 +344,7 @@ void workbench::run_preference() {
     if (!plugin || d.m_stop->is_running()) {
         return;
     }
-    const run_report report = d.m_controller.runner().run_preference(*plugin);
+    const run_report report = d.m_controller.run(preference_request(*plugin));
     show_entry_summary(tr("preference entry"), report);
     d.record("preference", report, *plugin, {}, {});
 }

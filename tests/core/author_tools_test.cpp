@@ -36,7 +36,7 @@ TEST(plugin_templates, a_new_plugin_of_each_language_runs_all_three_entries) {
         const plugin_entry plugin{folder_of(home.path()),
                                   utf16_string(created.plugin_file.filename().u16string())};
 
-        const auto report = runner.run_debug(u"変換", plugin, u"へんかん");
+        const auto report = runner.run(processing_request(plugin, u"変換", u"へんかん"));
         ASSERT_EQ(report.result, run_report::outcome::completed) << name;
         EXPECT_TRUE(report.document_parsed) << report.run_std_output;
         ASSERT_EQ(report.candidates.size(), 1u) << name;
@@ -45,10 +45,11 @@ TEST(plugin_templates, a_new_plugin_of_each_language_runs_all_three_entries) {
         EXPECT_EQ(report.candidates[0].info, utf16_string(name.begin(), name.end()));
         EXPECT_TRUE(report.run_std_error.empty()) << report.run_std_error;
 
-        const auto callback = runner.run_callback(u"変換", u"変換", plugin);
+        const auto callback = runner.run(callback_request(plugin, u"変換", u"変換"));
         EXPECT_EQ(callback.result, run_report::outcome::completed) << name;
         EXPECT_EQ(callback.run_std_error, "committed: 変換\n") << name;
-        EXPECT_EQ(runner.run_preference(plugin).result, run_report::outcome::completed) << name;
+        EXPECT_EQ(runner.run(preference_request(plugin)).result, run_report::outcome::completed)
+            << name;
     }
     EXPECT_EQ(alerts.log(), "");
 }

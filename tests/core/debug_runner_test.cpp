@@ -46,7 +46,7 @@ TEST_F(debug_runner_test, refused_written_forms_only_alert_and_exactly_100_units
     for (const auto& [form, key] : {std::pair{utf16_string{}, "AlertEmptyHyoki"},
                                     std::pair{utf16_string(101, u'x'), "AlertTooLongHyoki"}}) {
         sinks.events.clear();
-        const auto report = runner.run_debug(form, plugin);
+        const auto report = runner.run(processing_request(plugin, form));
         EXPECT_EQ(report.result, run_report::outcome::refused);
         EXPECT_EQ(report.alert_key, key);
         EXPECT_EQ(sinks.log(), std::string("alert:") + key)
@@ -54,7 +54,7 @@ TEST_F(debug_runner_test, refused_written_forms_only_alert_and_exactly_100_units
     }
 
     sinks.events.clear();
-    EXPECT_EQ(runner.run_debug(utf16_string(100, u'x'), plugin).result,
+    EXPECT_EQ(runner.run(processing_request(plugin, utf16_string(100, u'x'))).result,
               run_report::outcome::completed);
     EXPECT_EQ(sinks.log(), made + "settings, run_processing, run_destroy, destroyed, stop");
 }
@@ -69,7 +69,7 @@ TEST_F(debug_runner_test, any_exception_gives_one_run_alert_and_stops_the_progre
     for (const auto& [set_up, error, rest] : faults) {
         set_up();
         sinks.events.clear();
-        const auto report = runner.run_debug(u"変換", plugin);
+        const auto report = runner.run(processing_request(plugin, u"変換"));
         EXPECT_EQ(report.result, run_report::outcome::failed) << error;
         EXPECT_EQ(report.error, error);
         EXPECT_EQ(report.alert_key, "AlertRunDebugError") << error;

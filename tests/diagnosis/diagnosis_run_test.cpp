@@ -32,10 +32,12 @@ protected:
         pane_text_sink panes;
         testing::recording_sinks alerts;
         debug_runner runner(panes, alerts);
-        runner.set_probe_policy(a_policy);
         const std::string folder = a_folder.string() + "/";
-        return runner.run_debug(u"変換", {utf16_string(folder.begin(), folder.end()),
-                                          utf16_string(a_file.begin(), a_file.end())});
+        auto request = processing_request(
+            {utf16_string(folder.begin(), folder.end()), utf16_string(a_file.begin(), a_file.end())},
+            u"変換");
+        request.options.probes = a_policy;
+        return runner.run(request);
     }
 
     static const finding* find(const run_report& a_report, const std::string& a_code) {

@@ -225,19 +225,19 @@ private slots:
         QVERIFY(!toggle->no_network_box()->isEnabled());
         toggle->sandbox_box()->setChecked(true);
         toggle->no_network_box()->setChecked(true);
-        QCOMPARE(controller().runner().sandbox(), utility::sandbox_mode::nonet);
+        QCOMPARE(controller().options().sandbox, utility::sandbox_mode::nonet);
         run_with(QStringLiteral("変換"));
         const QString summary = controller().window()->statusBar()->currentMessage();
         QVERIFY2(summary.contains(QStringLiteral(" candidates ")) &&
                      summary.endsWith(QStringLiteral("(sandboxed, no network)")),
                  qPrintable(summary));
         // A toggle made later, as at the next start, finds the choice again.
-        controller().runner().set_sandbox(utility::sandbox_mode::off);
-        const sandbox_toggle restored(controller().runner());
-        QCOMPARE(controller().runner().sandbox(), utility::sandbox_mode::nonet);
+        controller().options().sandbox = utility::sandbox_mode::off;
+        const sandbox_toggle restored(controller().options());
+        QCOMPARE(controller().options().sandbox, utility::sandbox_mode::nonet);
         QVERIFY(restored.no_network_box()->isChecked());
         toggle->sandbox_box()->setChecked(false);
-        QCOMPARE(controller().runner().sandbox(), utility::sandbox_mode::off);
+        QCOMPARE(controller().options().sandbox, utility::sandbox_mode::off);
     }
 
     void the_window_stays_live_with_the_indicator_moving_during_a_run() {
