@@ -11,7 +11,9 @@
 #
 # The committed HEAD is cloned: commit what you want tested. The fresh root (after
 # debootstrap) is kept as a tarball and the downloaded packages in a folder, both under
-# QIRO_ROOT_CACHE (default ~/.cache/qiro-lumen/roots), so that a rerun downloads nothing.
+# QIRO_ROOT_CACHE (default ~/.cache/qiro-lumen/roots), so that a rerun downloads nothing, and
+# so is a compiler cache (ccache), so that a rerun compiles only what changed; QIRO_ROOT_CCACHE=0
+# builds without it.
 # Each run unpacks a new root into a scratch folder, which is removed at the end unless
 # QIRO_KEEP_ROOT=1. Every mount is undone on every way out: success, failure, Ctrl+C, kill.
 set -euo pipefail
@@ -37,7 +39,7 @@ while (($#)); do
 done
 
 if [[ $(id -u) -ne 0 ]]; then
-    exec sudo --preserve-env=QIRO_ROOT_CACHE,QIRO_KEEP_ROOT,QIRO_MIRROR "$0" "${arguments[@]}"
+    exec sudo --preserve-env=QIRO_ROOT_CACHE,QIRO_KEEP_ROOT,QIRO_MIRROR,QIRO_ROOT_CCACHE "$0" "${arguments[@]}"
 fi
 command -v debootstrap >/dev/null || { echo "test-in-root: install debootstrap" >&2; exit 1; }
 
@@ -46,7 +48,8 @@ cache=${QIRO_ROOT_CACHE:-${HOME:-/root}/.cache/qiro-lumen/roots}
 mirror=${QIRO_MIRROR:-http://deb.debian.org/debian}
 tarball=$cache/$release-minbase.tar
 archives=$cache/$release-archives
-mkdir -p "$cache" "$archives/partial"
+compiler_cache=$cache/$release-ccache
+mkdir -p "$cache" "$archives/partial" "$compiler_cache"
 
 say() { echo "test-in-root: $* ($(date -u +%T), ${SECONDS}s)" >&2; }
 
@@ -72,6 +75,7 @@ mounted=()
 cleanup() {
     local status=$?
     trap - EXIT INT TERM HUP
+    set +e
     # Processes the command left behind (a D-Bus daemon, a keyring) hold the mounts.
     local pids
     pids=$(for p in /proc/[0-9]*; do
@@ -109,6 +113,7 @@ mount_into() { # mount_into TARGET mount-arguments...
 mkdir -p "$root"
 say "unpacking the $release root"
 tar -C "$root" -xf "$tarball"
+chmod 755 "$root" # the tarball's top folder came from mktemp
 # bubblewrap makes / a slave mount in its namespace: / must be a mount point, as on a booted
 # system, not a plain folder of the host's file system.
 mount_into "$root" --bind "$root"
@@ -118,6 +123,7 @@ mount_into "$root/sys" -t sysfs sysfs
 mount_into "$root/dev" -t devtmpfs devtmpfs
 mount_into "$root/dev/pts" -t devpts -o newinstance,ptmxmode=0666 devpts
 mount_into "$root/var/cache/apt/archives" --bind "$archives"
+mount_into "$root/var/cache/qiro-ccache" --bind "$compiler_cache"
 cp /etc/resolv.conf "$root/etc/resolv.conf"
 # No daemons start inside while packages are installed.
 printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"
@@ -126,14 +132,22 @@ chmod 755 "$root/usr/sbin/policy-rc.d"
 echo 'Binary::apt::APT::Keep-Downloaded-Packages "true";' >"$root/etc/apt/apt.conf.d/01keep"
 rm -f "$root/etc/apt/apt.conf.d/docker-clean"
 
+environment=(HOME=/root LANG=C.UTF-8 "TERM=${TERM:-dumb}"
+    PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin)
+extra_packages=(git ca-certificates sudo)
+if [[ ${QIRO_ROOT_CCACHE:-1} == 1 ]]; then
+    # CMake takes the launchers from the environment for a new build folder.
+    environment+=(CCACHE_DIR=/var/cache/qiro-ccache CCACHE_BASEDIR=/src CCACHE_MAXSIZE=5G
+        CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    extra_packages+=(ccache)
+fi
 in_root() {
-    chroot "$root" /usr/bin/env -i HOME=/root LANG=C.UTF-8 TERM="${TERM:-dumb}" \
-        PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin "$@"
+    chroot "$root" /usr/bin/env -i "${environment[@]}" "$@"
 }
 
-say "installing git in the root"
+say "installing ${extra_packages[*]} in the root"
 in_root bash -c 'export DEBIAN_FRONTEND=noninteractive; apt-get update -qq &&
-    apt-get install -y -qq --no-install-recommends git ca-certificates sudo >/dev/null'
+    apt-get install -y -qq --no-install-recommends "$@" >/dev/null' run "${extra_packages[@]}"
 
 # A clean clone of the committed HEAD, as a new user would get it.
 say "cloning $(git -C "$repo" rev-parse --short HEAD) into the root"
