@@ -141,8 +141,11 @@ if [[ ${QIRO_ROOT_CCACHE:-1} == 1 ]]; then
         CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache)
     extra_packages+=(ccache)
 fi
+# In the background, so that a signal to this script runs its traps at once rather than when
+# the command ends; the standard input stays the script's, for "-- bash".
 in_root() {
-    chroot "$root" /usr/bin/env -i "${environment[@]}" "$@"
+    chroot "$root" /usr/bin/env -i "${environment[@]}" "$@" <&0 &
+    wait $!
 }
 
 say "installing ${extra_packages[*]} in the root"

@@ -25,8 +25,9 @@ double expected_start_ms(const std::string& a_language);
 
 // How many times the processor time of the reference machine this one needs for the same
 // work: a fixed computation timed on the calling thread's processor clock, the best of a few
-// tries, measured once per process (a few milliseconds) and kept within 1/10 and 10. Load on
-// the machine barely changes it; a different processor, or a virtual machine's, does.
+// short tries, measured once per process (about 4 ms) and kept within 1/10 and 10. A
+// different processor changes it; heavy load raises it somewhat, as it raises the processor
+// time an interpreter needs to start.
 double cpu_time_scale();
 
 } // namespace qiro_plugin::diagnosis
