@@ -222,11 +222,18 @@ private slots:
     }
 
     void the_window_stays_live_with_the_indicator_moving_during_a_run() {
+        // The entry returns once the window has shown the indicator for 5 timer ticks.
+        const QString go = m_plugins.filePath(QStringLiteral("go"));
         QFile slow(m_plugins.filePath(QStringLiteral("slow.py")));
         QVERIFY(slow.open(QIODevice::WriteOnly));
-        slow.write("import time\n"
+        slow.write("import os, time\n"
                    "def qiro_plugin_run_process(request):\n"
-                   "    time.sleep(1.5)\n"
+                   "    for _ in range(6000):\n"
+                   "        if os.path.exists('" +
+                   go.toUtf8() +
+                   "'):\n"
+                   "            break\n"
+                   "        time.sleep(0.01)\n"
                    "    return {'candidate': [{'hyoki': request['composition_string']}]}\n");
         slow.close();
         controller().reload();
@@ -237,8 +244,9 @@ private slots:
         int ticks_while_busy = 0;
         QTimer probe;
         connect(&probe, &QTimer::timeout, this, [&] {
-            if (progress()->isVisible()) {
-                ++ticks_while_busy;
+            if (progress()->isVisible() && ++ticks_while_busy == 5) {
+                QFile marker(go);
+                QVERIFY(marker.open(QIODevice::WriteOnly));
             }
         });
         probe.start(100);
