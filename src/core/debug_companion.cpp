@@ -119,8 +119,8 @@ struct debug_companion::impl {
         }
         support::loopback_listener author(m_options.port);
         const std::uint16_t port = author.port();
-        m_relay = std::make_unique<support::console_relay>(std::move(interpreter),
-                                                           std::move(author));
+        m_relay =
+            std::make_unique<support::console_relay>(std::move(interpreter), std::move(author));
         return port;
     }
 
@@ -203,8 +203,8 @@ struct debug_companion::impl {
             }
         } catch (const std::system_error& error) {
             release();
-            return "no debugger can listen on 127.0.0.1:" + std::to_string(m_options.port) +
-                   ": " + error.code().message();
+            return "no debugger can listen on 127.0.0.1:" + std::to_string(m_options.port) + ": " +
+                   error.code().message();
         } catch (const std::exception& error) {
             release();
             return error.what();

@@ -128,9 +128,8 @@ struct console_relay::impl {
     // Relays until one side ends or the relay is woken; true when the interpreter's side ended
     // (or the relay must end), false when the author's did.
     bool join(int a_interpreter, int a_author_in, int a_author_out) const {
-        std::array<pollfd, 3> waits{{{a_interpreter, POLLIN, 0},
-                                     {a_author_in, POLLIN, 0},
-                                     {m_wake[0], POLLIN, 0}}};
+        std::array<pollfd, 3> waits{
+            {{a_interpreter, POLLIN, 0}, {a_author_in, POLLIN, 0}, {m_wake[0], POLLIN, 0}}};
         while (true) {
             if (::poll(waits.data(), waits.size(), -1) == -1) {
                 if (errno == EINTR) {
@@ -145,8 +144,7 @@ struct console_relay::impl {
                 pump(a_interpreter, a_author_out) == pumped::source_ended) {
                 return true;
             }
-            if (waits[1].revents != 0 &&
-                pump(a_author_in, a_interpreter) == pumped::source_ended) {
+            if (waits[1].revents != 0 && pump(a_author_in, a_interpreter) == pumped::source_ended) {
                 // From the terminal, the end of input ends the console for good.
                 return !m_author;
             }
@@ -159,8 +157,7 @@ console_relay::console_relay(loopback_listener a_interpreter, loopback_listener 
     p_impl->start();
 }
 
-console_relay::console_relay(loopback_listener a_interpreter, int a_terminal_in,
-                             int a_terminal_out)
+console_relay::console_relay(loopback_listener a_interpreter, int a_terminal_in, int a_terminal_out)
     : p_impl(std::make_unique<impl>(std::move(a_interpreter), std::nullopt)) {
     p_impl->m_terminal_in = a_terminal_in;
     p_impl->m_terminal_out = a_terminal_out;

@@ -32,19 +32,42 @@ def _qiro_lumen_forget_self():
     return trigger, mark
 
 
+def _qiro_lumen_without_std_streams(action):
+    # The adapter keeps the descriptors 0 to 2 it inherits, and outlives the plug-in while an
+    # editor stays attached: with the command's pipes it would keep the run from ending.
+    sys.stdout.flush()
+    sys.stderr.flush()
+    saved = [os.dup(fd) for fd in (0, 1, 2)]
+    null = os.open(os.devnull, os.O_RDWR)
+    try:
+        for fd in (0, 1, 2):
+            os.dup2(null, fd)
+        action()
+    finally:
+        for fd, original in zip((0, 1, 2), saved):
+            os.dup2(original, fd)
+            os.close(original)
+        os.close(null)
+
+
 def _qiro_lumen_listen(port, mark):
+    before = dict(os.environ)
     # Without it, debugpy warns about frozen modules on standard error, which the author would
     # read as the plug-in's own output.
     os.environ["PYDEVD_DISABLE_FILE_VALIDATION"] = "1"
-    import debugpy
     # The adapter, which makes itself a daemon outside the command's process group, carries the
     # mark so that the tool can find it once the run is over; nothing else does.
     if mark:
         os.environ["QIRO_LUMEN_DEBUG_ADAPTER"] = mark
     try:
-        debugpy.listen(("127.0.0.1", port))
+        import debugpy
+        _qiro_lumen_without_std_streams(lambda: debugpy.listen(("127.0.0.1", port)))
     finally:
-        os.environ.pop("QIRO_LUMEN_DEBUG_ADAPTER", None)
+        # What was set for debugpy, or by it, was read by now; the plug-in sees the
+        # environment it would see without a debugger.
+        for name in [name for name in os.environ if name not in before]:
+            del os.environ[name]
+        os.environ.update(before)
     # No stop of our own: the editor's breakpoints are set before the bridge goes on.
     debugpy.wait_for_client()
 

@@ -38,8 +38,7 @@ bool is_zombie(pid_t a_pid) {
     std::string line;
     std::getline(input, line);
     const std::size_t name_end = line.rfind(')');
-    return name_end != std::string::npos && name_end + 2 < line.size() &&
-           line[name_end + 2] == 'Z';
+    return name_end != std::string::npos && name_end + 2 < line.size() && line[name_end + 2] == 'Z';
 }
 
 } // namespace
@@ -62,7 +61,8 @@ std::vector<pid_t> processes_with_environment(const std::string& a_entry) {
         if (::stat(folder.c_str(), &status) != 0 || status.st_uid != user) {
             continue;
         }
-        if (environment_holds(folder + "/environ", a_entry) && !is_zombie(static_cast<pid_t>(pid))) {
+        if (environment_holds(folder + "/environ", a_entry) &&
+            !is_zombie(static_cast<pid_t>(pid))) {
             found.push_back(static_cast<pid_t>(pid));
         }
     }
@@ -70,8 +70,7 @@ std::vector<pid_t> processes_with_environment(const std::string& a_entry) {
     return found;
 }
 
-void end_processes_with_environment(const std::string& a_entry,
-                                    std::chrono::milliseconds a_grace) {
+void end_processes_with_environment(const std::string& a_entry, std::chrono::milliseconds a_grace) {
     const auto grace_end = std::chrono::steady_clock::now() + a_grace;
     auto left = processes_with_environment(a_entry);
     while (!left.empty() && std::chrono::steady_clock::now() < grace_end) {

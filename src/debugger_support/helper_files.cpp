@@ -19,8 +19,8 @@ const std::string& helper_script(std::string_view a_language) {
         std::string(bridge::stored::debug_helper_perl, bridge::stored::debug_helper_perl_size));
     static const std::string ruby = utility::url_decode(
         std::string(bridge::stored::debug_helper_ruby, bridge::stored::debug_helper_ruby_size));
-    static const std::string python = utility::url_decode(std::string(
-        bridge::stored::debug_helper_python, bridge::stored::debug_helper_python_size));
+    static const std::string python = utility::url_decode(
+        std::string(bridge::stored::debug_helper_python, bridge::stored::debug_helper_python_size));
     static const std::string none;
     if (a_language == "perl") {
         return perl;

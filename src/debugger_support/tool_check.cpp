@@ -40,8 +40,8 @@ std::optional<std::string> command_output(const std::vector<std::string>& a_argu
     }
     arguments.push_back(nullptr);
     pid_t pid = 0;
-    const int spawned = ::posix_spawnp(&pid, owned.front().c_str(), &actions, nullptr,
-                                       arguments.data(), environ);
+    const int spawned =
+        ::posix_spawnp(&pid, owned.front().c_str(), &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     ::close(ends[1]);
     if (spawned != 0) {
