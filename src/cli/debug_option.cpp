@@ -108,48 +108,6 @@ deferred_termination::~deferred_termination() {
     }
 }
 
-std::string attach_configuration(const std::string& a_editor, const std::string& a_language,
-                                 const std::string& a_name, std::uint16_t a_port) {
-    if (a_language != "python" && a_language != "ruby") {
-        return {};
-    }
-    const std::string port = std::to_string(a_port);
-    const std::string title = "QIRO Lumen: " + a_name;
-    if (a_editor == "vscode") {
-        nlohmann::ordered_json entry;
-        entry["name"] = title;
-        if (a_language == "python") {
-            entry["type"] = "debugpy";
-            entry["request"] = "attach";
-            entry["connect"] = {{"host", "127.0.0.1"}, {"port", a_port}};
-            entry["justMyCode"] = false;
-        } else {
-            entry["type"] = "rdbg";
-            entry["request"] = "attach";
-            entry["debugPort"] = "127.0.0.1:" + port;
-        }
-        return entry.dump(4) + "\n";
-    }
-    const std::string adapter = "qiro_lumen_" + a_language;
-    return "local dap = require('dap')\n"
-           "dap.adapters." +
-           adapter + " = { type = 'server', host = '127.0.0.1', port = " + port +
-           " }\n"
-           "dap.configurations." +
-           a_language + " = dap.configurations." + a_language +
-           " or {}\n"
-           "table.insert(dap.configurations." +
-           a_language +
-           ", {\n"
-           "  type = '" +
-           adapter +
-           "',\n"
-           "  request = 'attach',\n"
-           "  name = " +
-           nlohmann::json(title).dump() + ",\n" +
-           (a_language == "python" ? "  justMyCode = false,\n" : "") + "})\n";
-}
-
 cli_command add_debug_config_command(CLI::App& a_app) {
     struct options_type {
         std::string editor;
@@ -180,8 +138,8 @@ cli_command add_debug_config_command(CLI::App& a_app) {
                     return static_cast<int>(exit_bad_usage);
                 }
                 const std::string name = string_encode::to_utf8_marked(plugin->second);
-                const std::string text =
-                    attach_configuration(options->editor, language_of(name), name, options->port);
+                const std::string text = debugger::attach_configuration(
+                    options->editor, language_of(name), name, options->port);
                 if (text.empty()) {
                     print_error(name +
                                 ": only Python and Ruby plug-ins speak the Debug Adapter "

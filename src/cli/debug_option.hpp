@@ -40,9 +40,4 @@ public:
 // debug-config vscode|nvim PLUGIN [--port PORT]
 cli_command add_debug_config_command(CLI::App& a_app);
 
-// The attach configuration for an editor ("vscode" or "nvim") and a language, or an empty
-// text when the language offers no Debug Adapter Protocol.
-std::string attach_configuration(const std::string& a_editor, const std::string& a_language,
-                                 const std::string& a_name, std::uint16_t a_port);
-
 } // namespace qiro_plugin::cli

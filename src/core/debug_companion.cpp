@@ -7,6 +7,8 @@
 #include "debugger_support/tool_check.hpp"
 #include "platform/sandbox.hpp"
 
+#include <nlohmann/json.hpp>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -70,6 +72,48 @@ std::string waiting_line(const debug_endpoint& a_endpoint) {
     }
     return "debug: waiting for a debugger on " + a_endpoint.host + ":" +
            std::to_string(a_endpoint.port) + " (" + a_endpoint.language + ")";
+}
+
+std::string attach_configuration(const std::string& a_editor, const std::string& a_language,
+                                 const std::string& a_name, std::uint16_t a_port) {
+    if (a_language != "python" && a_language != "ruby") {
+        return {};
+    }
+    const std::string port = std::to_string(a_port);
+    const std::string title = "QIRO Lumen: " + a_name;
+    if (a_editor == "vscode") {
+        nlohmann::ordered_json entry;
+        entry["name"] = title;
+        if (a_language == "python") {
+            entry["type"] = "debugpy";
+            entry["request"] = "attach";
+            entry["connect"] = {{"host", "127.0.0.1"}, {"port", a_port}};
+            entry["justMyCode"] = false;
+        } else {
+            entry["type"] = "rdbg";
+            entry["request"] = "attach";
+            entry["debugPort"] = "127.0.0.1:" + port;
+        }
+        return entry.dump(4) + "\n";
+    }
+    const std::string adapter = "qiro_lumen_" + a_language;
+    return "local dap = require('dap')\n"
+           "dap.adapters." +
+           adapter + " = { type = 'server', host = '127.0.0.1', port = " + port +
+           " }\n"
+           "dap.configurations." +
+           a_language + " = dap.configurations." + a_language +
+           " or {}\n"
+           "table.insert(dap.configurations." +
+           a_language +
+           ", {\n"
+           "  type = '" +
+           adapter +
+           "',\n"
+           "  request = 'attach',\n"
+           "  name = " +
+           nlohmann::json(title).dump() + ",\n" +
+           (a_language == "python" ? "  justMyCode = false,\n" : "") + "})\n";
 }
 
 struct debug_companion::impl {

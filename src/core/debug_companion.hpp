@@ -27,6 +27,11 @@ struct debug_endpoint {
 // before the plug-in is loaded (the terminal's console says so in place of the port).
 std::string waiting_line(const debug_endpoint& a_endpoint);
 
+// The attach configuration for an editor ("vscode": a launch.json entry, "nvim": an nvim-dap
+// table) and a language, or an empty text when the language offers no Debug Adapter Protocol.
+std::string attach_configuration(const std::string& a_editor, const std::string& a_language,
+                                 const std::string& a_name, std::uint16_t a_port);
+
 struct debug_options {
     // The port an editor attaches to; 0 picks a free one.
     std::uint16_t port = 0;
