@@ -3,8 +3,8 @@
 #include "core/pane_text_sink.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/data_folder.hpp"
-#include "run_fakes.hpp"
 #include "support/process_scan.hpp"
+#include "support/run_fakes.hpp"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -129,7 +129,12 @@ protected:
         }
         fs::create_directories(utility::get_qiro_lumen_data_folder());
     }
-    ~debug_companion_test() override { ::setenv("PATH", original_path.c_str(), 1); }
+    // A test that failed halfway leaves no run waiting for a debugger.
+    ~debug_companion_test() override {
+        utility::stop_running_commands();
+        runs.clear();
+        ::setenv("PATH", original_path.c_str(), 1);
+    }
     fs::path folder() const { return home.path(); }
     plugin_entry plugin(const std::string& a_name) const {
         const std::string text = folder().string() + "/";
@@ -137,7 +142,7 @@ protected:
     }
 
     // Starts a debugged run of a_name on its own thread; the port is known once it waits.
-    std::future<run_report> debug(const std::string& a_name, debug_options a_options = {}) {
+    std::shared_future<run_report> debug(const std::string& a_name, debug_options a_options = {}) {
         companion =
             std::make_shared<debug_companion>(a_options, [this](const debug_endpoint& a_at) {
                 lines.push_back(waiting_line(a_at));
@@ -145,7 +150,10 @@ protected:
             });
         auto request = processing_request(plugin(a_name), u"変換");
         request.options.companions.push_back(companion);
-        return std::async(std::launch::async, [this, request] { return runner.run(request); });
+        runs.push_back(std::async(std::launch::async, [this, request] {
+                           return runner.run(request);
+                       }).share());
+        return runs.back();
     }
     std::uint16_t waiting_port() {
         auto known = port.get_future();
@@ -180,6 +188,7 @@ protected:
     testing::recording_sinks alerts;
     debug_runner runner;
     std::shared_ptr<debug_companion> companion;
+    std::vector<std::shared_future<run_report>> runs;
     std::promise<std::uint16_t> port;
     std::vector<std::string> lines;
 };

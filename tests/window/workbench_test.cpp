@@ -1,5 +1,6 @@
 #include "core/plugin_discovery.hpp"
 #include "core/plugin_templates.hpp"
+#include "settings/manager_preference_access.hpp"
 #include "window/alert_box.hpp"
 #include "window/candidate_preview.hpp"
 #include "window/cases_tab.hpp"
@@ -14,7 +15,6 @@
 #include "window/window_state.hpp"
 #include "window/window_translations.hpp"
 #include "window/workbench.hpp"
-#include "settings/manager_preference_access.hpp"
 
 #include <QAction>
 #include <QApplication>
