@@ -99,6 +99,10 @@ deferred_termination::deferred_termination() {
     }
 }
 
+bool deferred_termination::signalled() const {
+    return g_deferred_signal != 0;
+}
+
 deferred_termination::~deferred_termination() {
     for (std::size_t index = 0; index < deferred_signals.size(); ++index) {
         sigaction(deferred_signals[index], &g_previous[index], nullptr);

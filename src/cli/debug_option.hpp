@@ -35,6 +35,8 @@ public:
     ~deferred_termination();
     deferred_termination(const deferred_termination&) = delete;
     deferred_termination& operator=(const deferred_termination&) = delete;
+    // A signal came: the run was ended, and what it left says nothing about the plug-in.
+    bool signalled() const;
 };
 
 // debug-config vscode|nvim PLUGIN [--port PORT]

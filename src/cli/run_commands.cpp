@@ -81,6 +81,9 @@ int run_entry(const entry_options& a_options, debugger::run_request a_request) {
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
     run_report report = runner.run(a_request);
+    if (deferred && deferred->signalled()) {
+        return exit_run_error; // the signal is raised again on the way out
+    }
     const auto verdict = debugger::judge_run(report, a_request.entry, a_request.plugin.second);
     const bool processing = a_request.entry == entry_kind::processing;
     switch (verdict.what) {
