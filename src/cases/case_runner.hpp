@@ -3,11 +3,13 @@
 
 #include "cases/case_check.hpp"
 #include "cases/case_file.hpp"
+#include "core/entry_companion.hpp"
 #include "platform/sandbox.hpp"
 
 #include <atomic>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace qiro_plugin::cases {
@@ -27,11 +29,14 @@ struct case_outcome {
 
 // The faithful run a case asks for: a fresh debug_runner with its own panes.
 case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
-                  utility::sandbox_mode a_sandbox = utility::sandbox_mode::off);
+                  utility::sandbox_mode a_sandbox = utility::sandbox_mode::off,
+                  const std::vector<std::shared_ptr<debugger::entry_companion>>& a_companions = {});
 
 struct run_options {
     unsigned jobs = 0; // at most this many cases at once; 0: one per core
     utility::sandbox_mode sandbox = utility::sandbox_mode::off; // for every case's run
+    // Joined to every case's entry command (a debugger for the one case being debugged).
+    std::vector<std::shared_ptr<debugger::entry_companion>> companions;
     // Called on the calling thread for each case in the order of the list, as soon as it and
     // the ones before it are done.
     std::function<void(std::size_t a_index, const case_outcome& a_outcome)> on_done;

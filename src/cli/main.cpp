@@ -3,6 +3,7 @@
 #include "build_version.hpp"
 #include "cli/cli_support.hpp"
 #include "cli/completion.hpp"
+#include "cli/debug_option.hpp"
 #include "cli/list_bridge_commands.hpp"
 #include "cli/new_watch_commands.hpp"
 #include "cli/run_commands.hpp"
@@ -40,6 +41,7 @@ int main(int argc, char** argv) {
     commands.push_back(add_test_command(app));
     commands.push_back(add_bridge_command(app));
     commands.push_back(add_new_command(app));
+    commands.push_back(add_debug_config_command(app));
     app.set_version_flag("--version", qiro_plugin::build_info::version_text("qiro-lumen"));
     add_completion_command(app);
 

@@ -1,6 +1,7 @@
 #include "cli/run_commands.hpp"
 
 #include "cli/cli_support.hpp"
+#include "cli/debug_option.hpp"
 #include "cli/diagnosis_output.hpp"
 #include "cli/new_watch_commands.hpp"
 #include "cli/report_output.hpp"
@@ -68,10 +69,21 @@ int run_entry(const entry_options& a_options, debugger::run_request a_request) {
     a_request.options.probes = a_options.probe      ? debugger::probe_policy::always
                                : a_options.no_probe ? debugger::probe_policy::never
                                                     : debugger::probe_policy::after_failure;
+    const auto debug = debug_companion_of(a_options.debug);
+    std::optional<deferred_termination> deferred;
+    if (debug) {
+        a_request.options.companions.push_back(debug);
+        // A second run of the plug-in, undebugged, would only confuse the one being watched.
+        a_request.options.probes = debugger::probe_policy::never;
+        deferred.emplace();
+    }
     debugger::pane_text_sink panes;
     stderr_alert_sink alerts;
     debugger::debug_runner runner(panes, alerts);
     run_report report = runner.run(a_request);
+    if (deferred && deferred->signalled()) {
+        return exit_run_error; // the signal is raised again on the way out
+    }
     const auto verdict = debugger::judge_run(report, a_request.entry, a_request.plugin.second);
     const bool processing = a_request.entry == entry_kind::processing;
     switch (verdict.what) {
@@ -92,7 +104,11 @@ int run_entry(const entry_options& a_options, debugger::run_request a_request) {
             a_request.plugin, callback ? &a_options.candidate : nullptr,
             a_request.entry == entry_kind::preference ? nullptr : &a_options.written_form,
             processing};
-        print_json(std::cout, report_json(context, report, panes));
+        auto object = report_json(context, report, panes);
+        if (const auto endpoint = debug ? debug->endpoint() : std::nullopt) {
+            object["debug"] = debug_json(*endpoint);
+        }
+        print_json(std::cout, object);
     } else {
         print_panes(panes);
         if (verdict.what == run_verdict::kind::candidates ||
@@ -133,6 +149,7 @@ int command_preference(const entry_options& a_options) {
 void add_entry_options(CLI::App& a_command, entry_options& a_options) {
     a_command.add_option("--plugin-folder", a_options.plugin_folder, plugin_folder_help);
     add_sandbox_option(a_command, a_options.sandbox);
+    add_debug_option(a_command, a_options.debug);
     a_command.add_flag("--json", a_options.json, "print one JSON object instead of the panes");
     auto* probe = a_command.add_flag(
         "--probe", a_options.probe,

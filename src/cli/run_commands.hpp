@@ -17,13 +17,14 @@ struct entry_options {
     std::string candidate;
     bool json = false;
     std::string sandbox; // empty, "on" or "nonet"
+    std::string debug;   // empty, "on", "console" or a port
     // --probe and --no-probe: probe every run, or none (by default only failed or empty ones).
     bool probe = false;
     bool no_probe = false;
 };
 
-// The options every entry command has: --plugin-folder, --sandbox, --json, --probe and
-// --no-probe.
+// The options every entry command has: --plugin-folder, --sandbox, --debug, --json, --probe
+// and --no-probe.
 void add_entry_options(CLI::App& a_command, entry_options& a_options);
 
 // run (with --watch), callback and preference, in that order.

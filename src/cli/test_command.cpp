@@ -4,6 +4,7 @@
 #include "cases/case_snapshot.hpp"
 #include "cases/junit_report.hpp"
 #include "cli/cli_support.hpp"
+#include "cli/debug_option.hpp"
 #include "cli/sandbox_option.hpp"
 #include "platform/command_runner.hpp"
 #include "text/string_encode.hpp"
@@ -223,8 +224,16 @@ int command_test(const test_options& a_options) {
         }
     }
 
+    if (!a_options.debug.empty() && jobs.size() != 1) {
+        print_error("--debug debugs one case: name it with --case NAME");
+        return exit_bad_usage;
+    }
+
     stop_session_on_termination_signals();
     cases::run_options options;
+    if (auto debug = debug_companion_of(a_options.debug)) {
+        options.companions.push_back(std::move(debug));
+    }
     options.sandbox = sandbox_mode_of(a_options.sandbox);
     options.jobs = a_options.jobs;
     options.stop = &g_interrupted;
@@ -331,6 +340,7 @@ cli_command add_test_command(CLI::App& a_app) {
         ->allow_extra_args(false);
     test->add_option("--plugin-folder", options->plugin_folder, plugin_folder_help);
     add_sandbox_option(*test, options->sandbox);
+    add_debug_option(*test, options->debug);
     return {test, [options] { return command_test(*options); }};
 }
 

@@ -16,6 +16,7 @@ struct test_options {
     unsigned jobs = 0; // 0: one per core
     bool update = false;
     std::string sandbox; // empty, "on" or "nonet"
+    std::string debug;   // empty, "on", "console" or a port: debug the one case named
 };
 
 // 0 every case passed; 1 a case failed; 2 bad usage or a bad cases file.

@@ -57,6 +57,13 @@ window_menus make_window_menus(QMainWindow* a_window) {
     menus.stop = add(run, "action_stop", QT_TRANSLATE_NOOP("window_menus", "&Stop"),
                      QKeySequence(Qt::Key_Escape));
     run->addSeparator();
+    menus.debug = add(run, "action_debug", QT_TRANSLATE_NOOP("window_menus", "&Debug"),
+                      QKeySequence(Qt::Key_F6));
+    menus.copy_attach = add(run, "action_copy_attach",
+                            QT_TRANSLATE_NOOP("window_menus", "Copy &Attach Configuration"),
+                            QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C));
+    menus.copy_attach->setEnabled(false);
+    run->addSeparator();
     menus.run_on_save =
         add(run, "action_run_on_save", QT_TRANSLATE_NOOP("window_menus", "Run on Sa&ve"));
     menus.run_on_save->setCheckable(true);

@@ -20,6 +20,8 @@ struct window_menus {
     QAction* callback = nullptr;
     QAction* preference = nullptr;
     QAction* stop = nullptr;
+    QAction* debug = nullptr;
+    QAction* copy_attach = nullptr;
     QAction* run_on_save = nullptr;
     QAction* readme = nullptr;
     QAction* about = nullptr;

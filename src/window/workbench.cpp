@@ -1,5 +1,7 @@
 #include "window/workbench.hpp"
 
+#include "core/debug_companion.hpp"
+
 #include "core/companion_document.hpp"
 #include "core/plugin_templates.hpp"
 #include "core/run_verdict.hpp"
@@ -19,6 +21,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDialog>
@@ -26,6 +29,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -79,6 +83,8 @@ struct workbench::impl {
     stop_control* m_stop;
     folder_watch* m_watch;
     std::optional<xml_access_library::script_preference::plugin_preference_data> m_companion;
+    // The attach configuration of the debugged run waiting now.
+    QString m_attach;
 
     explicit impl(ui_controller& a_controller, const Ui::main_window& a_form)
         : m_controller(a_controller), m_window(a_controller.window()),
@@ -105,6 +111,40 @@ struct workbench::impl {
     }
 };
 
+void workbench::run_debug() {
+    auto& d = *p_impl;
+    const auto plugin = d.selected();
+    if (d.m_stop->is_running() || !plugin) {
+        return;
+    }
+    const QString name = to_qstring(plugin->second);
+    auto companion = std::make_shared<debug_companion>(
+        debug_options{}, [this, name](const debug_endpoint& a_at) {
+            auto& state = *p_impl;
+            state.m_attach = QString::fromStdString(
+                attach_configuration("vscode", a_at.language, name.toStdString(), a_at.port));
+            state.m_menus.copy_attach->setEnabled(!state.m_attach.isEmpty());
+            const QString where = tr("Waiting for a debugger on %1:%2")
+                                      .arg(QString::fromStdString(a_at.host))
+                                      .arg(a_at.port);
+            state.m_window->statusBar()->showMessage(
+                state.m_attach.isEmpty() ? where + tr(" (Perl's console: nc %1 %2)")
+                                                       .arg(QString::fromStdString(a_at.host))
+                                                       .arg(a_at.port)
+                                         : where + tr(" (Run > Copy Attach Configuration)"));
+        });
+    auto& companions = d.m_controller.options().companions;
+    companions.push_back(companion);
+    // The Run button's own path, so the run is the faithful one in every other respect.
+    d.m_controller.form().m_run_debug_button->click();
+    std::erase(companions, companion);
+    d.m_menus.copy_attach->setEnabled(false);
+    d.m_attach.clear();
+    if (const auto endpoint = companion->endpoint(); endpoint && !d.m_stop->was_stopped()) {
+        d.m_window->statusBar()->showMessage(tr("Debugging %1 ended.").arg(name));
+    }
+}
+
 workbench::workbench(ui_controller& a_controller)
     : QObject(a_controller.window()),
       p_impl(std::make_unique<impl>(a_controller, a_controller.form())) {
@@ -112,6 +152,7 @@ workbench::workbench(ui_controller& a_controller)
     const window_menus& menus = d.m_menus;
     d.m_stop->let_through(menus.stop);
     d.m_stop->let_through(menus.quit);
+    d.m_stop->let_through(menus.copy_attach);
     d.m_watch->set_busy_check([this] { return p_impl->m_stop->is_running(); });
     d.m_pane_splitter->setStretchFactor(0, 3);
     d.m_pane_splitter->setStretchFactor(1, 1);
@@ -177,6 +218,9 @@ workbench::workbench(ui_controller& a_controller)
     connect(menus.callback, &QAction::triggered, d.m_callback_button, &QPushButton::click);
     connect(menus.preference, &QAction::triggered, d.m_preference_button, &QPushButton::click);
     connect(menus.stop, &QAction::triggered, d.m_stop, &stop_control::stop);
+    connect(menus.debug, &QAction::triggered, this, &workbench::run_debug);
+    connect(menus.copy_attach, &QAction::triggered, this,
+            [this] { QGuiApplication::clipboard()->setText(p_impl->m_attach); });
     connect(menus.run_on_save, &QAction::toggled, this,
             [this](bool a_on) { p_impl->m_watch->set_run_on_save(a_on); });
     connect(menus.readme, &QAction::triggered, this, &workbench::show_readme);

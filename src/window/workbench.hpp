@@ -58,6 +58,10 @@ public:
     bool select_plugin(const QString& a_file_name);
     void run_callback();
     void run_preference();
+    // Runs the selected plug-in as Run does, with its interpreter's debugger waiting for an
+    // editor on 127.0.0.1; the status line says where, and the attach configuration can be
+    // copied while it waits.
+    void run_debug();
     void save_state() const;
 
     // Replaces the folder question asked when the plug-in folder is not writable (tests).

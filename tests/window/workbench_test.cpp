@@ -21,6 +21,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QInputDialog>
 #include <QLabel>
@@ -39,6 +40,8 @@
 #include <QTextBrowser>
 #include <QTreeWidget>
 #include <QtTest>
+
+#include <functional>
 
 using namespace qiro_plugin;
 using namespace qiro_plugin::debugger;
@@ -233,6 +236,35 @@ private slots:
         QVERIFY(finding->toolTip(0).contains(QStringLiteral("on error")));
         QTRY_COMPARE(reading()->text(), QStringLiteral("y"));
         QVERIFY(m_alerts.isEmpty());
+    }
+
+    void debug_waits_for_a_debugger_offers_its_configuration_and_stop_ends_it() {
+        copy_sample(QStringLiteral("sample_python.py"));
+        m_bench->open_folder(m_plugins.path());
+        bool waited = false;
+        // The run blocks this thread: look for the waiting line from the event loop it turns.
+        std::function<void()> when_waiting = [&] {
+            if (!status().startsWith(QStringLiteral("Waiting for a debugger on 127.0.0.1:"))) {
+                QTimer::singleShot(50, this, when_waiting);
+                return;
+            }
+            QVERIFY(m_bench->menus().copy_attach->isEnabled());
+            m_bench->menus().copy_attach->trigger();
+            QVERIFY(QGuiApplication::clipboard()->text().contains(QStringLiteral("debugpy")));
+            waited = true;
+            QTest::keyClick(window(), Qt::Key_Escape);
+        };
+        QTimer::singleShot(0, this, when_waiting);
+        QVERIFY(m_bench->select_plugin(QStringLiteral("sample_python.py")));
+        written_form()->setText(QStringLiteral("変換"));
+        QTest::keyClick(window(), Qt::Key_F6);
+        QVERIFY(waited);
+        QVERIFY(!m_bench->stopper().is_running());
+        QVERIFY(!m_bench->menus().copy_attach->isEnabled());
+        QVERIFY(status().contains(QStringLiteral("was stopped")));
+        const QDir data(m_home.filePath(QStringLiteral("Library/Preferences/QIRO Lumen")));
+        QCOMPARE(data.entryList({QStringLiteral("qiro-lumen-debug-*")}, QDir::AllEntries),
+                 QStringList());
     }
 
     // A real press reaches the top-level window before any widget: under X it comes from the

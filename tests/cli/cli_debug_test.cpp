@@ -1,0 +1,82 @@
+#include "support/cli_process.hpp"
+#include "support/process_scan.hpp"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <csignal>
+#include <sys/wait.h>
+
+namespace qiro_plugin::cli::testing {
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+TEST(cli_debug, an_interrupted_debugged_run_leaves_no_debugger_and_no_helper_file) {
+    cli_sandbox sandbox;
+    const fs::path data = sandbox.home() / "Library/Preferences/QIRO Lumen";
+    const pid_t program = sandbox.start(
+        {"run", "--debug", "--plugin-folder", sandbox.plugins().string(), "echo_request.py", "x"});
+    ASSERT_GT(program, 0);
+    // The adapter is up once the plug-in waits for an editor; it carries the sandbox's home.
+    const auto adapters = [&] {
+        int found = 0;
+        for (const auto& entry : fs::directory_iterator("/proc")) {
+            const std::string pid = entry.path().filename();
+            found +=
+                std::isdigit(static_cast<unsigned char>(pid[0])) && !is_ended(pid) &&
+                test_support::read_file(entry.path() / "cmdline").find("debugpy/adapter") !=
+                    std::string::npos &&
+                test_support::read_file(entry.path() / "environ").find(sandbox.home().string()) !=
+                    std::string::npos;
+        }
+        return found;
+    };
+    ASSERT_TRUE(wait_for([&] { return adapters() == 1; }, 60s));
+    const int status = signal_and_reap(program, SIGINT);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << status;
+    EXPECT_EQ(adapters(), 0);
+    EXPECT_EQ(test_support::processes_mentioning(sandbox.root().string()), 0);
+    EXPECT_EQ(test_support::names_in(data), std::set<std::string>{"echo request"})
+        << "the plug-in's settings folder alone: no bridge file, no helper's folder";
+}
+
+TEST(cli_debug, bad_ports_and_a_test_session_of_more_than_one_case_are_bad_usage) {
+    cli_sandbox sandbox;
+    for (const char* value : {"--debug=0", "--debug=65536", "--debug=x"}) {
+        EXPECT_EQ(sandbox.run({"run", value, "echo_request.py", "x"}).status, 2) << value;
+    }
+    test_support::write_file(sandbox.plugins() / "echo_request.cases.json",
+                             R"({"cases": [{"name": "a", "written_form": "a"},
+                                           {"name": "b", "written_form": "b"}]})");
+    const auto session = sandbox.run({"test", "--debug", sandbox.plugins().string()});
+    EXPECT_EQ(session.status, 2);
+    EXPECT_NE(session.err.find("--case NAME"), std::string::npos) << session.err;
+}
+
+TEST(cli_debug, debug_config_prints_an_attach_entry_for_python_and_ruby_only) {
+    cli_sandbox sandbox;
+    const auto vscode = sandbox.run({"debug-config", "vscode", "--port", "6001", "--plugin-folder",
+                                     sandbox.plugins().string(), "echo_request.py"});
+    ASSERT_EQ(vscode.status, 0) << vscode.err;
+    const auto entry = nlohmann::json::parse(vscode.out);
+    EXPECT_EQ(entry["request"], "attach");
+    EXPECT_EQ(entry["connect"]["port"], 6001);
+    EXPECT_EQ(entry["connect"]["host"], "127.0.0.1");
+    const auto nvim = sandbox.run(
+        {"debug-config", "nvim", "--plugin-folder", sandbox.plugins().string(), "noisy_output.rb"});
+    EXPECT_NE(nvim.out.find("dap.adapters.qiro_lumen_ruby = { type = 'server', host = "
+                            "'127.0.0.1', port = 5678 }"),
+              std::string::npos)
+        << nvim.out;
+    test_support::write_file(sandbox.plugins() / "plain.pl", "1;\n");
+    EXPECT_EQ(sandbox
+                  .run({"debug-config", "vscode", "--plugin-folder", sandbox.plugins().string(),
+                        "plain.pl"})
+                  .status,
+              2);
+}
+
+} // namespace
+} // namespace qiro_plugin::cli::testing
