@@ -84,6 +84,7 @@ struct debug_runner::impl {
         if (!confine(a_request.options.sandbox, a_plugin, report, confinement)) {
             return report;
         }
+        const utility::command_executor_scope executor(a_request.options.executor.get());
         diagnosis::run_evidence evidence;
         evidence.entry = a_kind;
         evidence.plugin_folder = to_utf8_or_empty(a_plugin.first);

@@ -1,6 +1,7 @@
 #include "platform/command_runner.hpp"
 
 #include "platform/child_process.hpp"
+#include "platform/command_executor.hpp"
 #include "platform/command_environment.hpp"
 #include "platform/output_stream.hpp"
 #include "platform/running_commands.hpp"
@@ -105,12 +106,21 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     int std_output_fd = -1;
     int std_error_fd = -1;
     std::vector<std::string> command{"/bin/sh", "-c", a_command_line};
-    if (const sandbox_layout* sandbox = current_sandbox()) {
+    const sandbox_layout* sandbox = current_sandbox();
+    if (sandbox != nullptr) {
         command = sandbox_command(*sandbox, folder.empty() ? current_folder() : folder, command);
     }
     const bool with_timeout = a_is_timeout && !commands_without_timeout();
+    auto environment = command_environment_block(environ);
+    if (command_executor* executor = current_command_executor();
+        executor != nullptr && sandbox == nullptr && environment.empty() && !folder.empty()) {
+        if (auto result = executor->execute(a_command_line, folder, a_std_output, a_std_error,
+                                            a_is_timeout, a_report)) {
+            return *result;
+        }
+    }
     auto child = detail::child_process::start(command, folder, std_output_fd, std_error_fd,
-                                              command_environment_block(environ));
+                                              environment);
     if (!child) {
         return 1;
     }
