@@ -72,8 +72,8 @@ std::string read_file(const std::string& a_path) {
 }
 
 bool write_file(const std::string& a_path, const std::string& a_text) {
-    const int fd = ::open(a_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                          0600);
+    const int fd =
+        ::open(a_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (fd == -1) {
         return false;
     }
@@ -306,8 +306,8 @@ struct fork_worker::impl {
         std::string line = command_line;
         char* arguments[] = {shell.data(), dash_c.data(), line.data(), nullptr};
         pid_t pid = -1;
-        const int spawned = ::posix_spawn(&pid, shell.c_str(), &actions, &attributes, arguments,
-                                          environ);
+        const int spawned =
+            ::posix_spawn(&pid, shell.c_str(), &actions, &attributes, arguments, environ);
         posix_spawn_file_actions_destroy(&actions);
         posix_spawnattr_destroy(&attributes);
         ::close(ends[1]);
@@ -392,8 +392,8 @@ struct fork_worker::impl {
         bool ended_early = false;
         bool was_stopped = false;
         while (!std_output.finished() || !std_error.finished()) {
-            utility::detail::wait_for_streams(std_output, std_error, clock_type::now() + pass_length,
-                                              true);
+            utility::detail::wait_for_streams(std_output, std_error,
+                                              clock_type::now() + pass_length, true);
             if (stopped()) {
                 ended_early = was_stopped = true;
                 break;
@@ -519,9 +519,8 @@ std::optional<int> fork_worker::execute(const std::string& a_command_line,
         }
         return 0;
     }
-    auto result =
-        self.serve(command->values, a_working_folder, a_std_output, a_std_error, a_is_timeout,
-                   a_report);
+    auto result = self.serve(command->values, a_working_folder, a_std_output, a_std_error,
+                             a_is_timeout, a_report);
     if (syntax_check && result && *result == 0) {
         self.m_syntax_check.emplace(a_std_output, a_std_error);
         self.m_syntax_check_status = a_report != nullptr ? a_report->exit_status : std::nullopt;

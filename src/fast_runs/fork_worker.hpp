@@ -37,9 +37,9 @@ public:
     fork_worker& operator=(const fork_worker&) = delete;
 
     std::optional<int> execute(const std::string& a_command_line,
-                               const std::string& a_working_folder,
-                               std::vector<char>& a_std_output, std::vector<char>& a_std_error,
-                               bool a_is_timeout, utility::run_command_report* a_report) override;
+                               const std::string& a_working_folder, std::vector<char>& a_std_output,
+                               std::vector<char>& a_std_error, bool a_is_timeout,
+                               utility::run_command_report* a_report) override;
 
     // Why commands go to run_command instead (the plug-in starts threads while it loads, it does
     // not load, the worker ended...); empty while the worker serves them or has not started.

@@ -8,8 +8,7 @@ thread_local command_executor* g_executor = nullptr;
 
 } // namespace
 
-command_executor_scope::command_executor_scope(command_executor* a_executor)
-    : m_outer(g_executor) {
+command_executor_scope::command_executor_scope(command_executor* a_executor) : m_outer(g_executor) {
     g_executor = a_executor;
 }
 

@@ -113,7 +113,8 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     const bool with_timeout = a_is_timeout && !commands_without_timeout();
     auto environment = command_environment_block(environ);
     if (command_executor* executor = current_command_executor();
-        executor != nullptr && sandbox == nullptr && environment.empty() && !folder.empty()) {
+        executor != nullptr && sandbox == nullptr && !commands_with_variables() &&
+        !commands_without_timeout() && !folder.empty()) {
         if (auto result = executor->execute(a_command_line, folder, a_std_output, a_std_error,
                                             a_is_timeout, a_report)) {
             return *result;
