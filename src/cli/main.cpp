@@ -8,6 +8,7 @@
 #include "cli/run_commands.hpp"
 #include "cli/sandbox_option.hpp"
 #include "cli/settings_commands.hpp"
+#include "cli/soak_command.hpp"
 #include "cli/test_command.hpp"
 #include "core/localized_texts.hpp"
 #include "platform/termination_signals.hpp"
@@ -129,6 +130,28 @@ int main(int argc, char** argv) {
     test->add_option("--plugin-folder", tests.plugin_folder, folder_help);
     add_sandbox_option(*test, tests.sandbox);
 
+    soak_command_options soaking;
+    auto* soak = app.add_subcommand(
+        "soak", "Run a plug-in against a corpus of written forms and report what failed, in a "
+                "fast mode that forks each run from one loaded plug-in (a sample and every "
+                "failure run again faithfully).\nExit status: 0 no input failed; 1 an input "
+                "failed or a fast run differed from its faithful one; 2 bad usage.");
+    soak->add_option("PLUGIN", soaking.plugin, plugin_help)->required();
+    soak->add_option("--corpus", soaking.corpora,
+                     "edge (built in), skk (SKK-JISYO.L of the package skkdic) or a file of "
+                     "one form per line with an optional TAB and reading (repeatable; "
+                     "default: edge)")
+        ->allow_extra_args(false);
+    soak->add_option("-j,--jobs", soaking.jobs, "inputs run at once (default: one per core)")
+        ->check(CLI::Range(1u, 256u));
+    soak->add_option("--limit", soaking.limit, "run a sample of this many inputs");
+    soak->add_option("--seed", soaking.seed, "the sample's seed (default: 1)");
+    soak->add_option("--budget", soaking.budget_ms, "list the inputs slower than this, in ms");
+    soak->add_option("--save-cases", soaking.save_cases,
+                     "append one case per distinct failure to this cases file");
+    soak->add_flag("--json", soaking.json, "print one JSON object instead of the report");
+    soak->add_option("--plugin-folder", soaking.plugin_folder, folder_help);
+
     std::string language;
     auto* bridge =
         app.add_subcommand("bridge", "Print a language's bridge script, to run it by hand: "
@@ -191,6 +214,9 @@ int main(int argc, char** argv) {
         }
         if (*bridge) {
             return command_bridge(language);
+        }
+        if (*soak) {
+            return command_soak(soaking);
         }
     } catch (const std::exception& error) {
         print_error(std::string("failed: ") + error.what());
