@@ -137,6 +137,9 @@ struct fork_worker::impl {
     std::string m_reason;
     std::string m_interpreter;
     std::string m_plugin_value;
+    // Decoded once: every command's bridge file is compared with it.
+    std::string m_bridge_text;
+    std::string m_bridge_language;
     std::string m_folder; // private: the worker script, its bridge copy, the FIFOs
     pid_t m_pid = -1;
     int m_control = -1;
@@ -497,7 +500,11 @@ std::optional<int> fork_worker::execute(const std::string& a_command_line,
     const std::string& script_name = command->values[0];
     const std::string script_path =
         script_name.front() == '/' ? script_name : a_working_folder + "/" + script_name;
-    const std::string bridge_text = utility::url_decode(entry->bridge());
+    if (self.m_bridge_language != entry->interpreter) {
+        self.m_bridge_text = utility::url_decode(entry->bridge());
+        self.m_bridge_language = entry->interpreter;
+    }
+    const std::string& bridge_text = self.m_bridge_text;
     if (read_file(script_path) != bridge_text) {
         return std::nullopt;
     }

@@ -18,10 +18,9 @@
 import ast
 import atexit
 import builtins
+import gc
 import os
 import sys
-import tempfile
-import threading
 import types
 
 
@@ -30,15 +29,17 @@ def send(control, line):
     control.flush()
 
 
-def capture_load(load, plugin_file):
-    # The plug-in's outputs while it loads, as bytes of standard output and standard error.
+def capture_load(load, plugin_file, folder):
+    # The plug-in's outputs while it loads, as bytes of standard output and standard error, kept
+    # in files of the worker's private folder (the host removes it).
     sys.stdout.flush()
     sys.stderr.flush()
     saved = (os.dup(1), os.dup(2))
-    files = (tempfile.TemporaryFile(), tempfile.TemporaryFile())
+    paths = (os.path.join(folder, "load.out"), os.path.join(folder, "load.err"))
+    files = [os.open(path, os.O_RDWR | os.O_CREAT | os.O_EXCL, 0o600) for path in paths]
     try:
-        os.dup2(files[0].fileno(), 1)
-        os.dup2(files[1].fileno(), 2)
+        os.dup2(files[0], 1)
+        os.dup2(files[1], 2)
         try:
             module = load(plugin_file)
         finally:
@@ -47,15 +48,23 @@ def capture_load(load, plugin_file):
             os.dup2(saved[0], 1)
             os.dup2(saved[1], 2)
         outputs = []
-        for handle in files:
-            handle.seek(0)
-            outputs.append(handle.read())
+        for path in paths:
+            with open(path, "rb") as handle:
+                outputs.append(handle.read())
         return module, outputs
     finally:
-        os.close(saved[0])
-        os.close(saved[1])
-        for handle in files:
-            handle.close()
+        for fd in list(saved) + files:
+            os.close(fd)
+        for path in paths:
+            os.unlink(path)
+
+
+def started_threads():
+    # Without importing threading: a plug-in that started a thread has imported it.
+    threading = sys.modules.get("threading")
+    if threading is not None and threading.active_count() > 1:
+        return True
+    return len(os.listdir("/proc/self/task")) > 1
 
 
 def write_all(fd, data):
@@ -156,11 +165,11 @@ def main():
     plugin_file = namespace["url_decode"](plugin_argument)
     load = namespace["load_plugin"]
     try:
-        loaded, replay = capture_load(load, plugin_file)
+        loaded, replay = capture_load(load, plugin_file, os.path.dirname(bridge_file))
     except BaseException as error:
         send(control_out, "fallback\tthe plug-in does not load: %s" % type(error).__name__)
         return
-    if threading.active_count() > 1 or len(os.listdir("/proc/self/task")) > 1:
+    if started_threads():
         send(control_out, "fallback\tthe plug-in starts threads while it loads")
         return
 
@@ -172,6 +181,10 @@ def main():
         return loaded
 
     namespace["load_plugin"] = cached_load
+    # What is loaded now stays out of the collector's way, so that a child's collections do not
+    # touch (and copy) every page the fork shares with the worker.
+    gc.collect()
+    gc.freeze()
     send(control_out, "ready")
 
     buffered = b""

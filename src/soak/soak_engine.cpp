@@ -240,6 +240,7 @@ soak_report run_soak(const debugger::plugin_entry& a_plugin, std::vector<soak_in
     std::condition_variable changed;
     std::size_t next = 0;
     std::size_t done = 0;
+    unsigned active = report.jobs;
     std::vector<std::string> fallbacks;
     std::string language;
     const auto stopped = [&a_options] {
@@ -295,6 +296,8 @@ soak_report run_soak(const debugger::plugin_entry& a_plugin, std::vector<soak_in
         if (worker && !worker->fallback_reason().empty()) {
             fallbacks.push_back(worker->fallback_reason());
         }
+        --active;
+        changed.notify_all();
     };
 
     {
@@ -311,8 +314,13 @@ soak_report run_soak(const debugger::plugin_entry& a_plugin, std::vector<soak_in
             threads.emplace_back(work);
         }
         std::unique_lock lock(mutex);
-        while (done < total && !stopped()) {
+        while (active > 0) {
             changed.wait_for(lock, std::chrono::milliseconds(100));
+            if (stopped()) {
+                // A run that started after the interrupt's kill is ended too.
+                utility::kill_running_commands();
+                continue;
+            }
             if (a_options.on_progress) {
                 const std::size_t now_done = done;
                 lock.unlock();
