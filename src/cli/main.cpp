@@ -123,6 +123,10 @@ int main(int argc, char** argv) {
     test->add_option("-j,--jobs", tests.jobs, "cases run at once (default: one per core)")
         ->check(CLI::Range(1u, 256u));
     test->add_option("--junit", tests.junit_file, "also write JUnit XML for CI to FILE");
+    test->add_flag("--fast", tests.fast,
+                   "fast mode: one worker per plug-in and job loads the plug-in once and forks "
+                   "each case's run from it (state kept between calls is never seen; a plug-in "
+                   "that starts threads while it loads runs faithfully)");
     test->add_flag("--update", tests.update,
                    "write what the runs gave as the cases' expectations, and show the changes");
     test->add_option("--case", tests.case_names, "run only the case of this name (repeatable)")

@@ -226,6 +226,7 @@ int command_test(const test_options& a_options) {
     stop_session_on_termination_signals();
     cases::run_options options;
     options.sandbox = sandbox_mode_of(a_options.sandbox);
+    options.fast = a_options.fast;
     options.jobs = a_options.jobs;
     options.stop = &g_interrupted;
     // A command started between the interrupt and its kill is ended here.
@@ -234,8 +235,13 @@ int command_test(const test_options& a_options) {
             utility::kill_running_commands();
         }
     };
+    std::set<std::string> fallbacks;
     options.on_done = [&](std::size_t a_index, const cases::case_outcome& a_outcome) {
         print_outcome(*jobs[a_index].file, *jobs[a_index].the_case, a_outcome);
+        const std::string note = file_label(*jobs[a_index].file) + ": " + a_outcome.fast_fallback;
+        if (!a_outcome.fast_fallback.empty() && fallbacks.insert(note).second) {
+            print_error("fast mode off, ran faithfully: " + note);
+        }
     };
     const auto outcomes = cases::run_cases(jobs, options);
     if (g_interrupted) {

@@ -11,7 +11,6 @@
 use strict;
 use utf8;
 use Fcntl;
-use File::Temp;
 use POSIX ();
 
 my $MAIN_SEQUENCE_START = 'if (scalar(@ARGV) < 2) {';
@@ -67,9 +66,16 @@ if (!$main_code) {
     exit(0);
 }
 
-# The plug-in's outputs while it loads are kept, to be written again in every child.
+# The plug-in's outputs while it loads are kept, to be written again in every child, in files of
+# the worker's private folder (the bridge copy's; the host removes it).
 my $plugin_file = main::url_decode($plugin_argument);
-my @captured = (File::Temp->new(), File::Temp->new());
+my ($folder) = ($bridge_file =~ m{^(.*)/[^/]*$});
+my @capture_paths = ("$folder/load.out", "$folder/load.err");
+my @captured;
+for my $path (@capture_paths) {
+    sysopen(my $handle, $path, O_WRONLY | O_CREAT | O_EXCL, 0600) or die "worker: $path: $!";
+    push(@captured, $handle);
+}
 STDOUT->flush();
 STDERR->flush();
 open(my $saved_out, '>&', \*STDOUT) or die;
@@ -83,8 +89,9 @@ open(STDOUT, '>&', $saved_out) or die;
 open(STDERR, '>&', $saved_err) or die;
 close($saved_out);
 close($saved_err);
-my @replay = map { worker_slurp($_->filename) } @captured;
-@captured = ();
+close($_) for (@captured);
+my @replay = map { worker_slurp($_) } @capture_paths;
+unlink(@capture_paths);
 if (!$loaded) {
     worker_send("fallback\tthe plug-in does not load");
     exit(0);

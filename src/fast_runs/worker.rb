@@ -17,12 +17,14 @@ def worker_send(control, line)
   control.flush
 end
 
-def worker_capture_load(plugin_file)
+# The plug-in's outputs while it loads, kept in files of the worker's private folder (the
+# bridge copy's; the host removes it).
+def worker_capture_load(plugin_file, folder)
   $stdout.flush
   $stderr.flush
   saved = [STDOUT.dup, STDERR.dup]
-  require "tempfile"
-  files = [Tempfile.new("out"), Tempfile.new("err")]
+  paths = [File.join(folder, "load.out"), File.join(folder, "load.err")]
+  files = paths.map { |path| File.open(path, File::WRONLY | File::CREAT | File::EXCL, 0600) }
   begin
     STDOUT.reopen(files[0])
     STDERR.reopen(files[1])
@@ -34,11 +36,10 @@ def worker_capture_load(plugin_file)
       STDOUT.reopen(saved[0])
       STDERR.reopen(saved[1])
     end
-    outputs = files.map { |file| File.binread(file.path) }
-    [loaded, outputs]
+    [loaded, paths.map { |path| File.binread(path) }]
   ensure
-    saved.each(&:close)
-    files.each(&:close!)
+    (saved + files).each(&:close)
+    paths.each { |path| File.unlink(path) if File.exist?(path) }
   end
 end
 
@@ -59,7 +60,7 @@ def worker_main
 
   plugin_file = Qiro_lumen_bridge.decode_argument(plugin_argument)
   begin
-    loaded, replay = worker_capture_load(plugin_file)
+    loaded, replay = worker_capture_load(plugin_file, File.dirname(bridge_file))
   rescue Exception => error
     worker_send(control_out, "fallback\tthe plug-in does not load: #{error.class}")
     return

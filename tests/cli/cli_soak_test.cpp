@@ -72,6 +72,17 @@ TEST_F(cli_soak, failures_exit_with_1_and_saved_cases_fail_under_test) {
     EXPECT_EQ(report["failures"][0]["reading"], "び");
     EXPECT_EQ(report["failures"][0]["code"], "plugin_exception");
     EXPECT_EQ(m_sandbox.run({"test", (m_sandbox.plugins() / "picky.py").string()}).status, 1);
+    EXPECT_EQ(m_sandbox.run({"test", "--fast", (m_sandbox.plugins() / "picky.py").string()}).status,
+              1);
+    // Fixed, the saved case passes, fast or not.
+    test_support::write_file(m_sandbox.plugins() / "picky.py",
+                             "def qiro_plugin_run_process(request):\n"
+                             "    return {'candidate': [{'hyoki': 'B'}]}\n");
+    EXPECT_EQ(m_sandbox.run({"test", (m_sandbox.plugins() / "picky.py").string()}).status, 0);
+    const auto fast =
+        m_sandbox.run({"test", "--fast", (m_sandbox.plugins() / "picky.py").string()});
+    EXPECT_EQ(fast.status, 0) << fast.out << fast.err;
+    EXPECT_EQ(fast.err.find("fast mode off"), std::string::npos) << fast.err;
 }
 
 } // namespace
