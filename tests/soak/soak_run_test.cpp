@@ -155,6 +155,16 @@ TEST_F(soak_run, a_plugin_with_threads_at_load_falls_back_to_faithful_runs_and_s
     expect_nothing_left("threads_at_load");
 }
 
+TEST_F(soak_run, a_hang_times_out_in_a_fork_as_in_a_faithful_run) {
+    const auto report = run_soak(fixture("hangs.py"), parse_form_lines("a\n"), soak_options{});
+    ASSERT_EQ(report.done, 1u);
+    EXPECT_TRUE(report.outcomes[0].fast);
+    EXPECT_EQ(report.outcomes[0].kind, "timed_out");
+    EXPECT_TRUE(report.outcomes[0].compared);
+    EXPECT_TRUE(report.outcomes[0].differences.empty());
+    expect_nothing_left("hangs.py");
+}
+
 TEST_F(soak_run, an_interrupt_mid_soak_leaves_no_process_and_no_file) {
     std::vector<soak_input> inputs;
     for (int index = 0; index < 40; ++index) {
