@@ -17,7 +17,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     perl ruby python3 python-is-python3 python3-debugpy
     dbus dbus-x11 gnome-keyring xvfb xauth xdotool fonts-ipafont-gothic
-    dpkg-dev lintian desktop-file-utils appstream groff-base zsh bubblewrap
+    dpkg-dev lintian desktop-file-utils appstream groff-base zsh bubblewrap skkdic
 )
 
 missing=()

@@ -2,6 +2,7 @@
 
 #include "core/debug_runner.hpp"
 #include "core/pane_text_sink.hpp"
+#include "fast_runs/fork_worker.hpp"
 #include "platform/data_folder.hpp"
 #include "text/string_encode.hpp"
 #include "text/utf8_text.hpp"
@@ -9,6 +10,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <map>
 #include <mutex>
 #include <thread>
 
@@ -30,7 +32,8 @@ utf16_string utf16(const std::string& a_text) {
 
 case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
                   utility::sandbox_mode a_sandbox,
-                  const std::vector<std::shared_ptr<debugger::entry_companion>>& a_companions) {
+                  const std::vector<std::shared_ptr<debugger::entry_companion>>& a_companions,
+                  std::shared_ptr<utility::command_executor> a_executor) {
     debugger::pane_text_sink panes;
     recording_alerts alerts;
     case_run run;
@@ -44,6 +47,7 @@ case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugi
         request.candidate = utf16(a_case.candidate);
         request.options.sandbox = a_sandbox;
         request.options.companions = a_companions;
+        request.options.executor = std::move(a_executor);
         run.report = runner.run(request);
     } catch (const std::exception& error) {
         // The runner turns a run's own failures into its report; this is what is left, such as
@@ -81,6 +85,9 @@ std::vector<case_outcome> run_cases(const std::vector<case_job>& a_jobs,
     std::vector<bool> done(a_jobs.size(), false);
 
     const auto work = [&] {
+        // The fast mode's workers of this thread, one per plug-in (folder and file).
+        std::map<std::pair<utf16_string, utf16_string>, std::shared_ptr<fast_runs::fork_worker>>
+            fork_workers;
         for (std::size_t index = next++; index < a_jobs.size(); index = next++) {
             const auto& job = a_jobs[index];
             const auto started = std::chrono::steady_clock::now();
@@ -89,8 +96,19 @@ std::vector<case_outcome> run_cases(const std::vector<case_job>& a_jobs,
                 outcome.skipped = true;
                 outcome.check.problems.push_back("not run: the session was stopped");
             } else {
+                std::shared_ptr<fast_runs::fork_worker> worker;
+                if (a_options.fast && a_options.sandbox == utility::sandbox_mode::off) {
+                    auto& slot = fork_workers[job.file->plugin];
+                    if (!slot) {
+                        slot = std::make_shared<fast_runs::fork_worker>();
+                    }
+                    worker = slot;
+                }
                 outcome.run = run_case(*job.the_case, job.file->plugin, a_options.sandbox,
-                                       a_options.companions);
+                                       a_options.companions, worker);
+                if (worker) {
+                    outcome.fast_fallback = worker->fallback_reason();
+                }
                 outcome.check = check_case(*job.the_case, outcome.run);
                 // A run whose commands the stop ended says nothing about the plug-in.
                 if (a_options.stop != nullptr && a_options.stop->load()) {

@@ -4,12 +4,14 @@
 #include "cases/case_check.hpp"
 #include "cases/case_file.hpp"
 #include "core/entry_companion.hpp"
+#include "platform/command_executor.hpp"
 #include "platform/sandbox.hpp"
 
 #include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace qiro_plugin::cases {
@@ -25,18 +27,24 @@ struct case_outcome {
     check_result check;
     double seconds = 0.0;
     bool skipped = false; // not run: the session was stopped first
+    // Fast mode asked for and off for this case's plug-in: why (it ran faithfully).
+    std::string fast_fallback;
 };
 
 // The faithful run a case asks for: a fresh debug_runner with its own panes.
+// The executor, when given, is the fast mode's (a fork worker), never the faithful run's.
 case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
                   utility::sandbox_mode a_sandbox = utility::sandbox_mode::off,
-                  const std::vector<std::shared_ptr<debugger::entry_companion>>& a_companions = {});
+                  const std::vector<std::shared_ptr<debugger::entry_companion>>& a_companions = {},
+                  std::shared_ptr<utility::command_executor> a_executor = nullptr);
 
 struct run_options {
     unsigned jobs = 0; // at most this many cases at once; 0: one per core
     utility::sandbox_mode sandbox = utility::sandbox_mode::off; // for every case's run
     // Joined to every case's entry command (a debugger for the one case being debugged).
     std::vector<std::shared_ptr<debugger::entry_companion>> companions;
+    // The fast mode: each thread keeps a fork worker per plug-in (not with a sandbox).
+    bool fast = false;
     // Called on the calling thread for each case in the order of the list, as soon as it and
     // the ones before it are done.
     std::function<void(std::size_t a_index, const case_outcome& a_outcome)> on_done;

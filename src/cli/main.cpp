@@ -8,6 +8,7 @@
 #include "cli/new_watch_commands.hpp"
 #include "cli/run_commands.hpp"
 #include "cli/settings_commands.hpp"
+#include "cli/soak_command.hpp"
 #include "cli/test_command.hpp"
 #include "core/localized_texts.hpp"
 #include "platform/termination_signals.hpp"
@@ -41,6 +42,7 @@ int main(int argc, char** argv) {
     commands.push_back(add_test_command(app));
     commands.push_back(add_bridge_command(app));
     commands.push_back(add_new_command(app));
+    commands.push_back(add_soak_command(app));
     commands.push_back(add_debug_config_command(app));
     app.set_version_flag("--version", qiro_plugin::build_info::version_text("qiro-lumen"));
     add_completion_command(app);

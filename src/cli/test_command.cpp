@@ -235,6 +235,7 @@ int command_test(const test_options& a_options) {
         options.companions.push_back(std::move(debug));
     }
     options.sandbox = sandbox_mode_of(a_options.sandbox);
+    options.fast = a_options.fast;
     options.jobs = a_options.jobs;
     options.stop = &g_interrupted;
     // A command started between the interrupt and its kill is ended here.
@@ -243,8 +244,13 @@ int command_test(const test_options& a_options) {
             utility::kill_running_commands();
         }
     };
+    std::set<std::string> fallbacks;
     options.on_done = [&](std::size_t a_index, const cases::case_outcome& a_outcome) {
         print_outcome(*jobs[a_index].file, *jobs[a_index].the_case, a_outcome);
+        const std::string note = file_label(*jobs[a_index].file) + ": " + a_outcome.fast_fallback;
+        if (!a_outcome.fast_fallback.empty() && fallbacks.insert(note).second) {
+            print_error("fast mode off, ran faithfully: " + note);
+        }
     };
     const auto outcomes = cases::run_cases(jobs, options);
     if (g_interrupted) {
@@ -334,6 +340,10 @@ cli_command add_test_command(CLI::App& a_app) {
     test->add_option("-j,--jobs", options->jobs, "cases run at once (default: one per core)")
         ->check(CLI::Range(1u, 256u));
     test->add_option("--junit", options->junit_file, "also write JUnit XML for CI to FILE");
+    test->add_flag("--fast", options->fast,
+                   "fast mode: one worker per plug-in and job loads the plug-in once and forks "
+                   "each case's run from it (state kept between calls is never seen; a plug-in "
+                   "that starts threads while it loads runs faithfully)");
     test->add_flag("--update", options->update,
                    "write what the runs gave as the cases' expectations, and show the changes");
     test->add_option("--case", options->case_names, "run only the case of this name (repeatable)")

@@ -15,6 +15,7 @@ struct test_options {
     std::string junit_file;
     unsigned jobs = 0; // 0: one per core
     bool update = false;
+    bool fast = false;   // fork workers instead of a new interpreter per command
     std::string sandbox; // empty, "on" or "nonet"
     std::string debug;   // empty, "on", "console" or a port: debug the one case named
 };

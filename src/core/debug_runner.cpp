@@ -81,6 +81,7 @@ struct debug_runner::impl {
         if (!confine(a_request.options.sandbox, a_plugin, report, confinement)) {
             return report;
         }
+        const utility::command_executor_scope executor(a_request.options.executor.get());
         diagnosis::run_evidence evidence;
         evidence.entry = a_kind;
         evidence.plugin_folder = string_encode::to_utf8_marked(a_plugin.first);

@@ -5,6 +5,7 @@
 #include "core/entry_companion.hpp"
 #include "core/plugin_discovery.hpp"
 #include "diagnosis/run_evidence.hpp"
+#include "platform/command_executor.hpp"
 #include "platform/sandbox.hpp"
 
 #include <memory>
@@ -22,6 +23,9 @@ struct run_options {
     probe_policy probes = probe_policy::after_failure;
     // Tools joined to the entry's command (never the syntax check); none for the faithful run.
     std::vector<std::shared_ptr<entry_companion>> companions;
+    // The fast mode of soak and test (a fork worker): serves the run's bridge commands in place
+    // of new interpreters. None for the faithful run, which run and the window always are.
+    std::shared_ptr<utility::command_executor> executor;
 };
 
 struct run_request {

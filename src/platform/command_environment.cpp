@@ -32,6 +32,15 @@ bool commands_without_timeout() {
     return false;
 }
 
+bool commands_with_variables() {
+    for (auto* scope = innermost; scope != nullptr; scope = scope->m_outer) {
+        if (!scope->m_environment.variables.empty()) {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::vector<std::string> command_environment_block(char** a_base) {
     if (innermost == nullptr) {
         return {};

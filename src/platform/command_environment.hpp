@@ -29,11 +29,15 @@ private:
     command_environment m_environment;
     const command_environment_scope* m_outer;
     friend bool commands_without_timeout();
+    friend bool commands_with_variables();
     friend std::vector<std::string> command_environment_block(char** a_base);
 };
 
 // True when a scope of this thread lifts the time-out.
 bool commands_without_timeout();
+
+// True when a scope of this thread sets a variable.
+bool commands_with_variables();
 
 // "NAME=VALUE" entries of a_base (a null-ended block such as environ) with this thread's scopes
 // applied; empty when no scope is active, which means a_base unchanged.

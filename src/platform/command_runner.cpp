@@ -1,6 +1,7 @@
 #include "platform/command_runner.hpp"
 
 #include "platform/child_process.hpp"
+#include "platform/command_executor.hpp"
 #include "platform/command_environment.hpp"
 #include "platform/output_stream.hpp"
 #include "platform/running_commands.hpp"
@@ -105,11 +106,20 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     int std_output_fd = -1;
     int std_error_fd = -1;
     std::vector<std::string> command{"/bin/sh", "-c", a_command_line};
-    if (const sandbox_layout* sandbox = current_sandbox()) {
+    const sandbox_layout* sandbox = current_sandbox();
+    if (sandbox != nullptr) {
         command = sandbox_command(*sandbox, folder.empty() ? current_folder() : folder, command);
     }
     const bool with_timeout = a_is_timeout && !commands_without_timeout();
-    const auto environment = command_environment_block(environ);
+    auto environment = command_environment_block(environ);
+    if (command_executor* executor = current_command_executor();
+        executor != nullptr && sandbox == nullptr && !commands_with_variables() &&
+        !commands_without_timeout() && !folder.empty()) {
+        if (auto result = executor->execute(a_command_line, folder, a_std_output, a_std_error,
+                                            a_is_timeout, a_report)) {
+            return *result;
+        }
+    }
     // A stop either comes before the child starts (and is not this command's) or reaches its
     // recorded group and changes the count read here.
     std::unique_ptr<detail::child_process> child;

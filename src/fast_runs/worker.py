@@ -1,0 +1,227 @@
+# QIRO Lumen fork worker for Python plug-ins (soak's fast mode).
+#
+#   python worker.py BRIDGE_FILE PLUGIN_ARGUMENT      (control: fd 3 in, fd 4 out)
+#
+# Loads the bridge's functions (everything but its final "main()" call) and the plug-in once,
+# then for each request forks a child that runs the bridge's own main() with the request's
+# argument list, so that each input meets a fresh copy of the loaded plug-in. What the plug-in
+# printed while it loaded is written again at the start of each child's outputs, where a
+# separate run would print it. The host enforces the time-out and the output cap on the two
+# FIFOs it names per request.
+#
+# Control lines, tab-separated:
+#   worker -> host  "ready" | "fallback<TAB>REASON"          once, after loading
+#   host -> worker  "run<TAB>OUT_FIFO<TAB>ERR_FIFO<TAB>FOLDER<TAB>ARG0<TAB>ARG1..."
+#   worker -> host  "pid<TAB>N", then "exit<TAB>STATUS" (128 + signal for a signal)
+# The worker serves one request at a time, so it never has more than one child.
+
+import ast
+import atexit
+import builtins
+import gc
+import os
+import sys
+import types
+
+
+def send(control, line):
+    control.write((line + "\n").encode("utf-8", "surrogateescape"))
+    control.flush()
+
+
+def capture_load(load, plugin_file, folder):
+    # The plug-in's outputs while it loads, as bytes of standard output and standard error, kept
+    # in files of the worker's private folder (the host removes it).
+    sys.stdout.flush()
+    sys.stderr.flush()
+    saved = (os.dup(1), os.dup(2))
+    paths = (os.path.join(folder, "load.out"), os.path.join(folder, "load.err"))
+    files = [os.open(path, os.O_RDWR | os.O_CREAT | os.O_EXCL, 0o600) for path in paths]
+    try:
+        os.dup2(files[0], 1)
+        os.dup2(files[1], 2)
+        try:
+            module = load(plugin_file)
+        finally:
+            sys.stdout.flush()
+            sys.stderr.flush()
+            os.dup2(saved[0], 1)
+            os.dup2(saved[1], 2)
+        outputs = []
+        for path in paths:
+            with open(path, "rb") as handle:
+                outputs.append(handle.read())
+        return module, outputs
+    finally:
+        for fd in list(saved) + files:
+            os.close(fd)
+        for path in paths:
+            os.unlink(path)
+
+
+def started_threads():
+    # Without importing threading: a plug-in that started a thread has imported it.
+    threading = sys.modules.get("threading")
+    if threading is not None and threading.active_count() > 1:
+        return True
+    return len(os.listdir("/proc/self/task")) > 1
+
+
+def write_all(fd, data):
+    while data:
+        data = data[os.write(fd, data):]
+
+
+def exit_code_of(error):
+    # The interpreter's own rule for an uncaught SystemExit.
+    code = error.code
+    if code is None:
+        return 0
+    if isinstance(code, int):
+        return code & 0xFF
+    try:
+        sys.stderr.write(str(code) + "\n")
+    except Exception:
+        pass
+    return 1
+
+
+def open_outputs(request):
+    # Opened by the worker before it forks, so that the host may remove the FIFOs once it
+    # knows the child; the host holds their reading ends open already, so this never blocks.
+    fds = []
+    for path in request[1:3]:
+        fd = os.open(path, os.O_WRONLY | os.O_NONBLOCK)
+        os.set_blocking(fd, True)
+        fds.append(fd)
+    return fds
+
+
+def run_child(request, outputs, start_code, namespace, control_fds):
+    folder = request[3]
+    os.setpgid(0, 0)
+    out_fd, err_fd = outputs
+    os.dup2(out_fd, 1)
+    os.dup2(err_fd, 2)
+    for fd in (out_fd, err_fd) + control_fds:
+        os.close(fd)
+    os.chdir(folder)
+    sys.argv = request[4:]
+    code = 0
+    try:
+        exec(start_code, namespace)
+    except SystemExit as error:
+        code = exit_code_of(error)
+    except BaseException:
+        kind, value, trace = sys.exc_info()
+        # The traceback starts where a separate run's would: at the bridge's "main()" line.
+        value.__traceback__ = trace.tb_next
+        sys.excepthook(kind, value, trace.tb_next)
+        code = 1
+    try:
+        atexit._run_exitfuncs()
+    except BaseException:
+        pass
+    try:
+        sys.stdout.flush()
+    except BaseException:
+        code = 120
+    try:
+        sys.stderr.flush()
+    except BaseException:
+        pass
+    os._exit(code)
+
+
+def status_of(wait_status):
+    if os.WIFSIGNALED(wait_status):
+        return 128 + os.WTERMSIG(wait_status)
+    return os.WEXITSTATUS(wait_status)
+
+
+def main():
+    control_out = os.fdopen(4, "wb", buffering=0)
+    bridge_file, plugin_argument = sys.argv[1], sys.argv[2]
+    with open(bridge_file, "rb") as handle:
+        source = handle.read()
+    tree = ast.parse(source, bridge_file)
+    last = tree.body[-1] if tree.body else None
+    if not (isinstance(last, ast.Expr) and isinstance(last.value, ast.Call)
+            and isinstance(last.value.func, ast.Name) and last.value.func.id == "main"):
+        send(control_out, "fallback\tthe bridge does not end with main()")
+        return
+    tree.body.pop()
+    start_code = compile(ast.Module(body=[last], type_ignores=[]), bridge_file, "exec")
+
+    # The bridge runs as the main module, as it does when started on its own.
+    module = types.ModuleType("__main__")
+    module.__file__ = bridge_file
+    module.__builtins__ = builtins
+    sys.modules["__main__"] = module
+    sys.path[0] = os.getcwd()
+    namespace = module.__dict__
+    exec(compile(tree, bridge_file, "exec"), namespace)
+
+    plugin_file = namespace["url_decode"](plugin_argument)
+    load = namespace["load_plugin"]
+    try:
+        loaded, replay = capture_load(load, plugin_file, os.path.dirname(bridge_file))
+    except BaseException as error:
+        send(control_out, "fallback\tthe plug-in does not load: %s" % type(error).__name__)
+        return
+    if started_threads():
+        send(control_out, "fallback\tthe plug-in starts threads while it loads")
+        return
+
+    def cached_load(path):
+        if path != plugin_file:
+            return load(path)
+        write_all(1, replay[0])
+        write_all(2, replay[1])
+        return loaded
+
+    namespace["load_plugin"] = cached_load
+    # What is loaded now stays out of the collector's way, so that a child's collections do not
+    # touch (and copy) every page the fork shares with the worker.
+    gc.collect()
+    gc.freeze()
+    send(control_out, "ready")
+
+    buffered = b""
+    while True:
+        while b"\n" not in buffered:
+            chunk = os.read(3, 65536)
+            if not chunk:
+                return
+            buffered += chunk
+        line, buffered = buffered.split(b"\n", 1)
+        request = os.fsdecode(line).split("\t")
+        if len(request) < 5 or request[0] != "run":
+            send(control_out, "error\tbad request")
+            continue
+        try:
+            outputs = open_outputs(request)
+        except OSError as error:
+            send(control_out, "error\t%s" % error.strerror)
+            continue
+        sys.stdout.flush()
+        sys.stderr.flush()
+        pid = os.fork()
+        if pid == 0:
+            try:
+                run_child(request, outputs, start_code, namespace, (3, 4))
+            finally:
+                os._exit(1)
+        for fd in outputs:
+            os.close(fd)
+        send(control_out, "pid\t%d" % pid)
+        while True:
+            try:
+                _, wait_status = os.waitpid(pid, 0)
+                break
+            except InterruptedError:
+                continue
+        send(control_out, "exit\t%d" % status_of(wait_status))
+
+
+main()
