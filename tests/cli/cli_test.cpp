@@ -138,7 +138,8 @@ TEST_F(cli_run, plugins_that_cannot_run_or_whose_output_does_not_parse_exit_with
     EXPECT_THAT(report_of("raises_error.py")["stderr_pane"].get<std::string>(),
                 HasSubstr("ValueError: fixture failure for a"));
     const auto raised = run_in_folder("run", {"raises_error.py", "a"});
-    EXPECT_THAT(raised.err, HasSubstr("\n" + (sandbox.plugins() / "raises_error.py").string() +
+    const std::string raised_file = (sandbox.plugins() / "raises_error.py").string();
+    EXPECT_THAT(raised.err, HasSubstr(std::string("\n").append(raised_file) +
                                       ":5: error: The entry stopped with an error: ValueError: "
                                       "fixture failure for a\n  The traceback, the plug-in's own "
                                       "frames first:\n    raises_error.py:5 in "
