@@ -36,7 +36,8 @@ std::string utf8(const utf16_string& a_text) {
 } // namespace
 
 case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
-                  utility::sandbox_mode a_sandbox) {
+                  utility::sandbox_mode a_sandbox,
+                  std::vector<std::shared_ptr<debugger::entry_companion>> a_companions) {
     debugger::pane_text_sink panes;
     recording_alerts alerts;
     case_run run;
@@ -51,6 +52,7 @@ case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugi
         request.reading = utf16(a_case.reading);
         request.candidate = utf16(a_case.candidate);
         request.options.sandbox = a_sandbox;
+        request.options.companions = std::move(a_companions);
         run.report = runner.run(request);
     } catch (const std::exception& error) {
         // The runner turns a run's own failures into its report; this is what is left, such as
@@ -95,7 +97,11 @@ std::vector<case_outcome> run_cases(const std::vector<case_job>& a_jobs,
                 outcome.skipped = true;
                 outcome.check.problems.push_back("not run: the session was stopped");
             } else {
-                outcome.run = run_case(*job.the_case, job.file->plugin, a_options.sandbox);
+                outcome.run =
+                    run_case(*job.the_case, job.file->plugin, a_options.sandbox,
+                             a_options.companions
+                                 ? a_options.companions()
+                                 : std::vector<std::shared_ptr<debugger::entry_companion>>{});
                 outcome.check = check_case(*job.the_case, outcome.run);
                 // A run whose commands the stop ended says nothing about the plug-in.
                 if (a_options.stop != nullptr && a_options.stop->load()) {

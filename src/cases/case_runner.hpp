@@ -3,11 +3,13 @@
 
 #include "cases/case_check.hpp"
 #include "cases/case_file.hpp"
+#include "core/entry_companion.hpp"
 #include "platform/sandbox.hpp"
 
 #include <atomic>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace qiro_plugin::cases {
@@ -25,13 +27,17 @@ struct case_outcome {
     bool skipped = false; // not run: the session was stopped first
 };
 
-// The faithful run a case asks for: a fresh debug_runner with its own panes.
+// The faithful run a case asks for: a fresh debug_runner with its own panes; the companions
+// join its entry's command (a coverage tool, say).
 case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
-                  utility::sandbox_mode a_sandbox = utility::sandbox_mode::off);
+                  utility::sandbox_mode a_sandbox = utility::sandbox_mode::off,
+                  std::vector<std::shared_ptr<debugger::entry_companion>> a_companions = {});
 
 struct run_options {
     unsigned jobs = 0; // at most this many cases at once; 0: one per core
     utility::sandbox_mode sandbox = utility::sandbox_mode::off; // for every case's run
+    // When set, called on the worker for each case: the companions of that case's run.
+    std::function<std::vector<std::shared_ptr<debugger::entry_companion>>()> companions;
     // Called on the calling thread for each case in the order of the list, as soon as it and
     // the ones before it are done.
     std::function<void(std::size_t a_index, const case_outcome& a_outcome)> on_done;
