@@ -128,6 +128,16 @@ int main(int argc, char** argv) {
         ->allow_extra_args(false);
     test->add_option("--plugin-folder", tests.plugin_folder, folder_help);
     add_sandbox_option(*test, tests.sandbox);
+    auto* coverage = test->add_flag("--coverage{coverage}", tests.coverage_folder,
+                                    "run each case under its language's coverage tool and write "
+                                    "DIR/lcov.info and DIR/cobertura.xml (default DIR: coverage)")
+                         ->option_text("[=DIR]");
+    test->add_option("--fail-under", tests.fail_under,
+                     "with --coverage: fail when a plug-in's cases reach less than PERCENT of "
+                     "its lines")
+        ->check(CLI::Range(0.0, 100.0))
+        ->option_text("PERCENT")
+        ->needs(coverage);
 
     std::string language;
     auto* bridge =

@@ -5,10 +5,15 @@
 #include "cases/junit_report.hpp"
 #include "cli/cli_support.hpp"
 #include "cli/sandbox_option.hpp"
+#include "core/coverage_companion.hpp"
+#include "coverage/coverage_writers.hpp"
 #include "platform/command_runner.hpp"
 #include "text/string_encode.hpp"
 
+#include "build_version.hpp"
+
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -167,6 +172,55 @@ bool wanted(const test_options& a_options, const cases::test_case& a_case) {
                a_options.case_names.end();
 }
 
+// Writes the tracefile and the Cobertura document, prints one line per plug-in; false when a
+// document could not be written or a plug-in's line coverage is below the threshold.
+bool report_coverage(const test_options& a_options,
+                     const debugger::coverage_collection& a_coverage) {
+    for (const auto& problem : a_coverage.problems()) {
+        std::cerr << "qiro-lumen: warning: " << problem << '\n';
+    }
+    const auto files = a_coverage.files();
+    const fs::path folder = a_options.coverage_folder;
+    std::error_code error;
+    fs::create_directories(folder, error);
+    const auto timestamp = std::chrono::duration_cast<std::chrono::milliseconds>(
+                               std::chrono::system_clock::now().time_since_epoch())
+                               .count();
+    bool good = true;
+    for (const auto& [name, text] :
+         {std::pair{"lcov.info", coverage::lcov_tracefile(files)},
+          std::pair{"cobertura.xml",
+                    coverage::cobertura_xml(files, build_info::version_text("qiro-lumen"),
+                                            static_cast<std::uint64_t>(timestamp))}}) {
+        std::ofstream file(folder / name, std::ios::binary | std::ios::trunc);
+        file << text;
+        file.close();
+        if (!file) {
+            print_error("cannot write " + (folder / name).string());
+            good = false;
+        }
+    }
+    for (const auto& file : files) {
+        const auto summary = coverage::summarize(file);
+        std::cout << coverage::summary_line(fs::path(file.path).filename().string(), summary)
+                  << '\n';
+        const double percent = summary.lines_found == 0
+                                   ? 100.0
+                                   : 100.0 * static_cast<double>(summary.lines_hit) /
+                                         static_cast<double>(summary.lines_found);
+        if (percent < a_options.fail_under) {
+            char text[160];
+            std::snprintf(text, sizeof text, "%s: %.1f %% of its lines reached, under %g %%",
+                          fs::path(file.path).filename().c_str(), percent, a_options.fail_under);
+            print_error(text);
+            good = false;
+        }
+    }
+    std::cout << "coverage: " << (folder / "lcov.info").string() << ", "
+              << (folder / "cobertura.xml").string() << '\n';
+    return good;
+}
+
 } // namespace
 
 // What a shell reports for a command ended by SIGINT.
@@ -228,6 +282,14 @@ int command_test(const test_options& a_options) {
     options.sandbox = sandbox_mode_of(a_options.sandbox);
     options.jobs = a_options.jobs;
     options.stop = &g_interrupted;
+    // Each case's entry joins its language's coverage tool through its environment alone.
+    std::optional<debugger::coverage_collection> coverage;
+    if (!a_options.coverage_folder.empty()) {
+        options.companions = [&coverage] {
+            return std::vector<std::shared_ptr<debugger::entry_companion>>{coverage->companion()};
+        };
+        coverage.emplace();
+    }
     // A command started between the interrupt and its kill is ended here.
     options.on_wait = [] {
         if (g_interrupted) {
@@ -305,13 +367,14 @@ int command_test(const test_options& a_options) {
     }
 
     std::cout << passed << " passed, " << failed << " failed\n";
+    const bool coverage_good = !coverage || report_coverage(a_options, *coverage);
     if (bad_file || write_failed) {
         return exit_bad_usage;
     }
     if (a_options.update) {
         return exit_success;
     }
-    return failed == 0 ? exit_success : exit_not_run;
+    return failed == 0 && coverage_good ? exit_success : exit_not_run;
 }
 
 } // namespace qiro_plugin::cli

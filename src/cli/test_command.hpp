@@ -14,9 +14,13 @@ struct test_options {
     unsigned jobs = 0; // 0: one per core
     bool update = false;
     std::string sandbox; // empty, "on" or "nonet"
+    // Where the coverage of the cases goes (lcov.info, cobertura.xml); empty: not measured.
+    std::string coverage_folder;
+    double fail_under = 0.0; // with coverage: below this line percentage a plug-in fails
 };
 
-// 0 every case passed; 1 a case failed; 2 bad usage or a bad cases file.
+// 0 every case passed; 1 a case failed, or a plug-in's line coverage is below fail_under;
+// 2 bad usage or a bad cases file.
 int command_test(const test_options& a_options);
 
 } // namespace qiro_plugin::cli

@@ -1,13 +1,10 @@
 #include "coverage/coverage_readers.hpp"
 #include "coverage/coverage_tools.hpp"
 #include "coverage/coverage_writers.hpp"
+#include "support/cobertura_dtd.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <gtest/gtest.h>
-#include <libxml/parser.h>
-#include <libxml/valid.h>
-
-#include <memory>
 
 namespace qiro_plugin::coverage {
 namespace {
@@ -119,33 +116,11 @@ TEST(coverage_writers, the_tracefile_marks_branches_of_lines_never_reached) {
                                           "DA:1,2\nDA:2,0\nDA:3,1\nLF:3\nLH:2\nend_of_record\n");
 }
 
-void quiet(void*, const char*, ...) {}
-
-// Empty when the document is valid against tests/data/coverage/coverage-04.dtd.
-std::string dtd_error(const std::string& a_document) {
-    std::unique_ptr<xmlDtd, decltype(&xmlFreeDtd)> dtd(
-        xmlParseDTD(nullptr, reinterpret_cast<const xmlChar*>(QIRO_TEST_DATA_DIR
-                                                              "/coverage/coverage-04.dtd")),
-        xmlFreeDtd);
-    std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(
-        xmlReadMemory(a_document.data(), static_cast<int>(a_document.size()), nullptr, nullptr,
-                      XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING),
-        xmlFreeDoc);
-    if (!dtd || !document) {
-        return "not loaded";
-    }
-    std::unique_ptr<xmlValidCtxt, decltype(&xmlFreeValidCtxt)> context(xmlNewValidCtxt(),
-                                                                       xmlFreeValidCtxt);
-    context->error = quiet;
-    context->warning = quiet;
-    return xmlValidateDtd(context.get(), document.get(), dtd.get()) == 1 ? "" : "invalid";
-}
-
 TEST(coverage_writers, cobertura_validates_against_its_document_type) {
     auto other = sample();
     other.path = "/q/\"odd\" <name>.rb";
     const auto document = cobertura_xml({sample(), other}, "qiro-lumen 1.0", 1700000000000);
-    EXPECT_EQ(dtd_error(document), "");
+    EXPECT_EQ(test_support::cobertura_dtd_error(document), "");
     EXPECT_NE(document.find("<coverage line-rate=\"0.6667\" branch-rate=\"0.3333\" "
                             "lines-covered=\"4\" lines-valid=\"6\" branches-covered=\"2\" "
                             "branches-valid=\"6\" complexity=\"0\" version=\"qiro-lumen 1.0\" "
@@ -159,7 +134,8 @@ TEST(coverage_writers, cobertura_validates_against_its_document_type) {
               std::string::npos);
     EXPECT_NE(document.find("<line number=\"3\" hits=\"1\" branch=\"false\"/>"), std::string::npos);
     // A document that breaks the type is caught, so the check above means something.
-    EXPECT_EQ(dtd_error("<coverage line-rate=\"1\"><packages/></coverage>"), "invalid");
+    EXPECT_EQ(test_support::cobertura_dtd_error("<coverage line-rate=\"1\"><packages/></coverage>"),
+              "invalid");
 }
 
 } // namespace
