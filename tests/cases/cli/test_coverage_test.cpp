@@ -103,5 +103,20 @@ TEST_F(cli_test_coverage, fail_under_fails_a_plugin_below_the_percentage_only) {
     EXPECT_EQ(sandbox.run({"test", "--fail-under", "50", plugin}).status, 2);
 }
 
+TEST_F(cli_test_coverage, a_confined_run_measures_the_same_lines) {
+    const std::string plugin = (folder / "branchy_python.py").string();
+    ASSERT_EQ(sandbox.run({"test", "--coverage=" + report.string(), plugin}).status, 0);
+    const auto confined = sandbox.run(
+        {"test", "--sandbox", "--coverage=" + (report / "confined").string(), "-j", "2", plugin});
+    ASSERT_EQ(confined.status, 0) << confined.out << confined.err;
+    EXPECT_EQ(test_support::read_file(report / "confined" / "lcov.info"),
+              test_support::read_file(report / "lcov.info"));
+    // Nothing of the runs' private folders is left in the data folder.
+    for (const auto& name :
+         test_support::names_in(sandbox.home() / "Library/Preferences/QIRO Lumen")) {
+        EXPECT_EQ(name.find("coverage"), std::string::npos) << name;
+    }
+}
+
 } // namespace
 } // namespace qiro_plugin::cli::testing
