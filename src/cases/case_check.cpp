@@ -1,6 +1,7 @@
 #include "cases/case_check.hpp"
 
-#include "text/string_encode.hpp"
+#include "core/run_verdict.hpp"
+#include "text/utf8_text.hpp"
 
 #include <algorithm>
 
@@ -9,14 +10,9 @@ namespace qiro_plugin::cases {
 namespace {
 
 using candidate = message_script::candidate;
-using outcome = debugger::run_report::outcome;
 
 std::string utf8(const utf16_string& a_text) {
-    try {
-        return string_encode::WideCharToMultiByteUTF8(a_text.c_str());
-    } catch (const std::exception&) {
-        return {};
-    }
+    return string_encode::to_utf8_marked(a_text);
 }
 
 bool matches(const candidate_pattern& a_pattern, const candidate& a_candidate) {
@@ -146,21 +142,9 @@ std::string candidate_field(const candidate& a_candidate, const std::string& a_f
 
 std::string run_error_summary(const test_case& a_case, const case_run& a_run) {
     const auto& report = a_run.report;
-    switch (report.result) {
-    case outcome::refused:
-        return "the input was refused (" +
-               (report.alert_key.empty() ? report.refusal : report.alert_key) + ")";
-    case outcome::not_run:
-        return "no language could run the plug-in (see its standard error)";
-    case outcome::entry_not_enabled:
-        return "the plug-in's .xml does not enable this entry";
-    case outcome::failed:
-        return "the run ended with an error: " + report.error;
-    case outcome::completed:
-        break;
-    }
-    if (a_case.kind == case_kind::processing && !report.document_parsed) {
-        return "the output is not a result document";
+    const auto verdict = debugger::judge_run(report, a_case.kind, a_run.plugin.second);
+    if (verdict.severity != debugger::run_verdict::level::success) {
+        return utf8(debugger::verdict_text(verdict, debugger::text_language::english));
     }
     for (const auto& finding : report.findings) {
         if (finding.level == diagnosis::severity::error) {

@@ -11,6 +11,7 @@ namespace qiro_plugin::cases {
 
 // What one case's run produced: the report and the two panes as the author would see them.
 struct case_run {
+    debugger::plugin_entry plugin;
     debugger::run_report report;
     std::string std_output_pane; // UTF-8
     std::string std_error_pane;  // UTF-8

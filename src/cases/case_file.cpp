@@ -1,6 +1,7 @@
 #include "cases/case_file.hpp"
 
 #include "cases/json_positions.hpp"
+#include "core/request_filling.hpp"
 #include "text/string_encode.hpp"
 
 #include <fstream>
@@ -18,8 +19,8 @@ namespace fs = std::filesystem;
 // A cases file is a hand-written list of examples; anything this large is a mistake.
 constexpr std::uintmax_t file_size_limit = 16 * 1024 * 1024;
 // The limits the host puts on what it hands a plug-in, in UTF-16 code units.
-constexpr std::size_t written_form_limit = 100;
-constexpr std::size_t request_text_limit = 200;
+constexpr std::size_t written_form_limit = debugger::WRITTEN_FORM_MAX_LENGTH;
+constexpr std::size_t request_text_limit = QIRO_PLUGIN_REQUEST_STRING_CAPACITY;
 
 // Collects problems with the place of the value they concern.
 class problem_list {

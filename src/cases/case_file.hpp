@@ -2,6 +2,7 @@
 // The cases of one plug-in: the written forms an author keeps and what each run must give.
 
 #include "core/plugin_discovery.hpp"
+#include "diagnosis/run_evidence.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -15,7 +16,8 @@
 
 namespace qiro_plugin::cases {
 
-enum class case_kind { processing, callback, preference };
+// A case runs one entry of the plug-in.
+using case_kind = diagnosis::entry_kind;
 
 // How the expected candidates are compared with the list a run gave.
 enum class match_mode {

@@ -4,6 +4,7 @@
 #include "core/pane_text_sink.hpp"
 #include "platform/data_folder.hpp"
 #include "text/string_encode.hpp"
+#include "text/utf8_text.hpp"
 
 #include <atomic>
 #include <chrono>
@@ -25,14 +26,6 @@ utf16_string utf16(const std::string& a_text) {
     return string_encode::MultiByteUTF8ToWideChar(a_text.c_str());
 }
 
-std::string utf8(const utf16_string& a_text) {
-    try {
-        return string_encode::WideCharToMultiByteUTF8(a_text.c_str());
-    } catch (const std::exception&) {
-        return {};
-    }
-}
-
 } // namespace
 
 case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
@@ -44,9 +37,7 @@ case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugi
     try {
         debugger::debug_runner runner(panes, alerts);
         debugger::run_request request;
-        request.entry = a_case.kind == case_kind::callback     ? diagnosis::entry_kind::callback
-                        : a_case.kind == case_kind::preference ? diagnosis::entry_kind::preference
-                                                               : diagnosis::entry_kind::processing;
+        request.entry = a_case.kind;
         request.plugin = a_plugin;
         request.written_form = utf16(a_case.written_form);
         request.reading = utf16(a_case.reading);
@@ -60,8 +51,9 @@ case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugi
         run.report.result = debugger::run_report::outcome::failed;
         run.report.error = error.what();
     }
-    run.std_output_pane = utf8(panes.std_output_text());
-    run.std_error_pane = utf8(panes.std_error_output_text());
+    run.plugin = a_plugin;
+    run.std_output_pane = string_encode::to_utf8_marked(panes.std_output_text());
+    run.std_error_pane = string_encode::to_utf8_marked(panes.std_error_output_text());
     run.alerts = std::move(alerts.m_keys);
     return run;
 }

@@ -2,6 +2,7 @@
 
 #include "platform/localized_string.hpp"
 #include "text/string_encode.hpp"
+#include "text/utf8_text.hpp"
 
 #include <filesystem>
 #include <iostream>
@@ -21,14 +22,6 @@ std::optional<utf16_string> from_utf8(const std::string& a_text) {
     }
 }
 
-std::string to_utf8(const utf16_string& a_text) {
-    try {
-        return string_encode::WideCharToMultiByteUTF8(a_text.c_str());
-    } catch (const std::runtime_error&) {
-        return {};
-    }
-}
-
 void print_error(const std::string& a_text) {
     std::cerr << "qiro-lumen: " << a_text << '\n';
 }
@@ -37,19 +30,28 @@ utf16_string chosen_plugin_folder(const std::string& a_option) {
     return a_option.empty() ? debugger::plugin_folder() : debugger::make_plugin_folder(a_option);
 }
 
+std::filesystem::path locate_named_file(const std::string& a_name,
+                                        const std::string& a_folder_option) {
+    namespace fs = std::filesystem;
+    if (a_name.find('/') != std::string::npos || a_name == "." || a_name == "..") {
+        return a_name;
+    }
+    std::error_code error;
+    fs::path in_folder =
+        fs::path(string_encode::to_utf8_marked(chosen_plugin_folder(a_folder_option))) / a_name;
+    if (fs::exists(in_folder, error) || !fs::exists(a_name, error)) {
+        return in_folder;
+    }
+    return a_name;
+}
+
 std::optional<debugger::plugin_entry> resolve_plugin(const std::string& a_plugin,
                                                      const std::string& a_folder_option) {
     namespace fs = std::filesystem;
     std::error_code error;
-    fs::path path;
-    if (a_plugin.find('/') != std::string::npos) {
-        path = fs::absolute(a_plugin, error).lexically_normal();
-    } else {
-        const std::string folder = to_utf8(chosen_plugin_folder(a_folder_option));
-        path = fs::path(folder) / a_plugin;
-        if (!fs::exists(path, error) && fs::exists(a_plugin, error)) {
-            path = fs::absolute(a_plugin, error).lexically_normal();
-        }
+    fs::path path = locate_named_file(a_plugin, a_folder_option);
+    if (path.is_relative()) {
+        path = fs::absolute(path, error).lexically_normal();
     }
     if (a_plugin.empty() || path.filename().empty() || !fs::exists(path, error)) {
         print_error("no plug-in file \"" + a_plugin + "\" (looked at " + path.string() +
@@ -71,7 +73,7 @@ std::optional<debugger::plugin_entry> resolve_plugin(const std::string& a_plugin
 
 void stderr_alert_sink::show_alert(const std::string& a_key) {
     m_keys.push_back(a_key);
-    const std::string text = to_utf8(utility::localized_string(a_key));
+    const std::string text = string_encode::to_utf8_marked(utility::localized_string(a_key));
     print_error(text.empty() ? a_key : text);
 }
 

@@ -4,6 +4,7 @@
 #include "core/plugin_discovery.hpp"
 #include "core/run_sinks.hpp"
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,14 +20,22 @@ enum exit_status : int {
 
 // UTF-8 argument text to UTF-16; nothing when it is not valid UTF-8.
 std::optional<utf16_string> from_utf8(const std::string& a_text);
-// UTF-16 to UTF-8 (empty when it cannot be converted).
-std::string to_utf8(const utf16_string& a_text);
+
+// The help of every --plugin-folder option.
+inline constexpr const char* plugin_folder_help =
+    "the plug-in folder (default: plugin/ beside this program)";
 
 // Writes a line "qiro-lumen: <text>" to standard error.
 void print_error(const std::string& a_text);
 
 // The plug-in folder of the --plugin-folder option, else the one beside the executable.
 utf16_string chosen_plugin_folder(const std::string& a_option);
+
+// What a name typed for a plug-in (or its cases) names: a bare file name (no "/") is the file
+// of that name in the plug-in folder when one is there, or when the current folder has none
+// either; any other name is taken as it stands, from the current folder.
+std::filesystem::path locate_named_file(const std::string& a_name,
+                                        const std::string& a_folder_option);
 
 // A plug-in given as a path (it holds "/") or as a file name in the plug-in folder (else in
 // the current folder). Nothing, after an error line, when no file is there.

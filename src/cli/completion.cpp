@@ -2,6 +2,7 @@
 
 #include "cli/cli_support.hpp"
 #include "cli/settings_commands.hpp"
+#include "text/utf8_text.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -117,7 +118,7 @@ std::vector<std::string> plugin_names(const std::string& a_folder_option) {
     std::vector<std::string> names;
     const auto folder = chosen_plugin_folder(expand_home(a_folder_option));
     for (const auto& entry : debugger::find_plugin_module(folder, debugger::plugin_extensions())) {
-        names.push_back(to_utf8(entry.second));
+        names.push_back(string_encode::to_utf8_marked(entry.second));
     }
     return names;
 }

@@ -4,7 +4,10 @@
 #include "core/change_watch.hpp"
 #include "core/plugin_templates.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <iostream>
+#include <memory>
 #include <thread>
 
 namespace qiro_plugin::cli {
@@ -30,7 +33,26 @@ int command_new(const std::string& a_language, const std::string& a_name,
     }
 }
 
-int command_run_watch(const run_options& a_options) {
+cli_command add_new_command(CLI::App& a_app) {
+    struct new_options {
+        std::string language;
+        std::string name;
+        std::string folder;
+    };
+    auto options = std::make_shared<new_options>();
+    auto* make_new = a_app.add_subcommand(
+        "new", "Write a new plug-in from a template: NAME.EXT with the processing, callback and "
+               "preference entries, and its NAME.xml document.");
+    make_new->add_option("LANGUAGE", options->language, "perl, python or ruby")->required();
+    make_new->add_option("NAME", options->name, "the plug-in's name, also its file name")
+        ->required();
+    make_new->add_option("--plugin-folder", options->folder,
+                         "where to write the files (default: the current folder)");
+    return {make_new,
+            [options] { return command_new(options->language, options->name, options->folder); }};
+}
+
+int command_run_watch(const entry_options& a_options) {
     const auto plugin = resolve_plugin(a_options.plugin, a_options.plugin_folder);
     if (!plugin) {
         return exit_bad_usage;

@@ -11,9 +11,10 @@ namespace qiro_plugin::cli {
 // one when empty) and prints their paths.
 int command_new(const std::string& a_language, const std::string& a_name,
                 const std::string& a_folder);
+cli_command add_new_command(CLI::App& a_app);
 
 // Runs as command_run does, then again each time the plug-in or its .xml is saved, until
 // interrupted. Returns only for bad usage.
-int command_run_watch(const run_options& a_options);
+int command_run_watch(const entry_options& a_options);
 
 } // namespace qiro_plugin::cli

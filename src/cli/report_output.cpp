@@ -2,6 +2,7 @@
 
 #include "cli/cli_support.hpp"
 #include "cli/diagnosis_output.hpp"
+#include "text/utf8_text.hpp"
 
 #include <cstddef>
 #include <iostream>
@@ -18,12 +19,12 @@ nlohmann::ordered_json candidates_json(const debugger::run_report& a_report) {
     auto candidates = nlohmann::ordered_json::array();
     for (const auto& candidate : a_report.candidates) {
         nlohmann::ordered_json item;
-        item["title"] = to_utf8(candidate.title);
-        item["comment"] = to_utf8(candidate.comment);
-        item["alternative"] = to_utf8(candidate.alternative);
-        item["alternative_alias"] = to_utf8(candidate.alternative_alias);
-        item["alternative_type"] = to_utf8(candidate.alternative_type);
-        item["info"] = to_utf8(candidate.info);
+        item["title"] = string_encode::to_utf8_marked(candidate.title);
+        item["comment"] = string_encode::to_utf8_marked(candidate.comment);
+        item["alternative"] = string_encode::to_utf8_marked(candidate.alternative);
+        item["alternative_alias"] = string_encode::to_utf8_marked(candidate.alternative_alias);
+        item["alternative_type"] = string_encode::to_utf8_marked(candidate.alternative_type);
+        item["info"] = string_encode::to_utf8_marked(candidate.info);
         candidates.push_back(std::move(item));
     }
     return candidates;
@@ -37,18 +38,19 @@ nlohmann::ordered_json report_json(const report_context& a_context, debugger::ru
     // The members live in a vector whose growth copies every value (a pair with a const key
     // cannot be moved), and a flooded pane is 64 MiB: room for all members from the start.
     json.get_ref<nlohmann::ordered_json::object_t&>().reserve(members_room);
-    json["plugin_folder"] = to_utf8(a_context.plugin.first);
-    json["plugin_file"] = to_utf8(a_context.plugin.second);
+    json["plugin_folder"] = string_encode::to_utf8_marked(a_context.plugin.first);
+    json["plugin_file"] = string_encode::to_utf8_marked(a_context.plugin.second);
     if (a_context.candidate != nullptr) {
         json["candidate"] = *a_context.candidate;
     }
     if (a_context.written_form != nullptr) {
         json["written_form"] = *a_context.written_form;
     }
-    json["module_type"] = a_report.module_type
-                              ? nlohmann::ordered_json(to_utf8(*a_report.module_type))
-                              : nlohmann::ordered_json(nullptr);
-    json["load_error"] = to_utf8(a_report.load_error);
+    json["module_type"] =
+        a_report.module_type
+            ? nlohmann::ordered_json(string_encode::to_utf8_marked(*a_report.module_type))
+            : nlohmann::ordered_json(nullptr);
+    json["load_error"] = string_encode::to_utf8_marked(a_report.load_error);
     json["stdout_pane"] = a_panes.take_std_output_utf8();
     json["stderr_pane"] = a_panes.take_std_error_output_utf8();
     json["run_stdout"] = std::move(a_report.run_std_output);
@@ -96,10 +98,10 @@ void print_candidates(std::ostream& a_out, const debugger::run_report& a_report)
           << (a_report.candidates.size() == 1 ? " candidate\n" : " candidates\n");
     std::size_t number = 0;
     for (const auto& candidate : a_report.candidates) {
-        a_out << ++number << ". " << to_utf8(candidate.title) << '\n';
+        a_out << ++number << ". " << string_encode::to_utf8_marked(candidate.title) << '\n';
         const auto field = [&a_out](const char* a_name, const utf16_string& a_value) {
             if (!a_value.empty()) {
-                a_out << "   " << a_name << ": " << to_utf8(a_value) << '\n';
+                a_out << "   " << a_name << ": " << string_encode::to_utf8_marked(a_value) << '\n';
             }
         };
         field("comment", candidate.comment);

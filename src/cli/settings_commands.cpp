@@ -5,7 +5,9 @@
 #include "settings/manager_preference_access.hpp"
 #include "settings/preference_keys.hpp"
 #include "settings/preference_store.hpp"
+#include "text/utf8_text.hpp"
 
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -15,6 +17,7 @@
 #include <iostream>
 #include <iterator>
 #include <limits>
+#include <memory>
 
 namespace qiro_plugin::cli {
 
@@ -172,7 +175,7 @@ int command_settings_show(bool a_json) {
                 json[field.key] = settings.*(field.number);
                 break;
             case field_kind::text:
-                json[field.key] = to_utf8(settings.*(field.text));
+                json[field.key] = string_encode::to_utf8_marked(settings.*(field.text));
                 break;
             }
         }
@@ -191,7 +194,7 @@ int command_settings_show(bool a_json) {
             std::cout << settings.*(field.number);
             break;
         case field_kind::text:
-            std::cout << to_utf8(settings.*(field.text));
+            std::cout << string_encode::to_utf8_marked(settings.*(field.text));
             break;
         }
         std::cout << '\n';
@@ -243,6 +246,37 @@ int command_settings_set(const std::vector<std::string>& a_assignments, bool a_p
         return exit_not_run;
     }
     return exit_success;
+}
+
+std::vector<cli_command> add_settings_commands(CLI::App& a_app) {
+    struct settings_options {
+        bool json = false;
+        std::vector<std::string> assignments;
+        bool password_stdin = false;
+    };
+    auto options = std::make_shared<settings_options>();
+    auto* settings =
+        a_app.add_subcommand("settings", "Show or change the plug-in manager's settings.");
+    settings->require_subcommand(1);
+    auto* show = settings->add_subcommand("show", "Show the settings a run uses "
+                                                  "(the password only as set or empty).");
+    show->add_flag("--json", options->json, "print one JSON object");
+    auto* set = settings->add_subcommand("set", "Change settings: KEY=VALUE... with the keys " +
+                                                    settings_key_help() + ".");
+    set->add_option("ASSIGNMENT", options->assignments, "KEY=VALUE");
+    set->add_flag("--password-stdin", options->password_stdin,
+                  "read the proxy password from standard input");
+    return {
+        {show, [options] { return command_settings_show(options->json); }},
+        {set,
+         [options] {
+             if (options->assignments.empty() && !options->password_stdin) {
+                 print_error("nothing to set: give KEY=VALUE... or --password-stdin");
+                 return static_cast<int>(exit_bad_usage);
+             }
+             return command_settings_set(options->assignments, options->password_stdin);
+         }},
+    };
 }
 
 } // namespace qiro_plugin::cli

@@ -9,8 +9,11 @@
 #include "coverage/coverage_writers.hpp"
 #include "platform/command_runner.hpp"
 #include "text/string_encode.hpp"
+#include "text/utf8_text.hpp"
 
 #include "build_version.hpp"
+
+#include <CLI/CLI.hpp>
 
 #include <atomic>
 #include <chrono>
@@ -90,7 +93,8 @@ struct session {
             (a_folder.string() + (a_folder.string().ends_with('/') ? "" : "/")).c_str());
         for (const auto& [plugin_folder, name] :
              debugger::find_plugin_module(folder, debugger::plugin_extensions())) {
-            const fs::path plugin = fs::path(to_utf8(plugin_folder)) / to_utf8(name);
+            const fs::path plugin = fs::path(string_encode::to_utf8_marked(plugin_folder)) /
+                                    string_encode::to_utf8_marked(name);
             std::error_code error;
             if (fs::is_regular_file(cases::cases_path_for(plugin), error)) {
                 add(cases::cases_path_for(plugin), plugin);
@@ -229,7 +233,8 @@ constexpr int exit_interrupted = 130;
 int command_test(const test_options& a_options) {
     session found;
     if (a_options.paths.empty()) {
-        const std::string folder = to_utf8(chosen_plugin_folder(a_options.plugin_folder));
+        const std::string folder =
+            string_encode::to_utf8_marked(chosen_plugin_folder(a_options.plugin_folder));
         std::error_code error;
         if (!fs::is_directory(folder, error)) {
             print_error("no plug-in folder " + folder);
@@ -238,13 +243,7 @@ int command_test(const test_options& a_options) {
         found.add_folder(folder);
     }
     for (const auto& path : a_options.paths) {
-        // A bare file name names a plug-in of the plug-in folder first, as for "run".
-        std::error_code error;
-        const fs::path in_folder =
-            fs::path(to_utf8(chosen_plugin_folder(a_options.plugin_folder))) / path;
-        const bool bare =
-            path.find('/') == std::string::npos && !path.empty() && path != "." && path != "..";
-        found.add_path(bare && fs::exists(in_folder, error) ? in_folder.string() : path);
+        found.add_path(locate_named_file(path, a_options.plugin_folder).string());
     }
     if (found.bad_usage) {
         return exit_bad_usage;
@@ -375,6 +374,36 @@ int command_test(const test_options& a_options) {
         return exit_success;
     }
     return failed == 0 && coverage_good ? exit_success : exit_not_run;
+}
+
+cli_command add_test_command(CLI::App& a_app) {
+    auto options = std::make_shared<test_options>();
+    auto* test = a_app.add_subcommand(
+        "test", "Run the cases kept beside plug-ins (NAME.cases.json beside NAME.py) and report "
+                "which pass.\nExit status: 0 all passed; 1 a case failed (or, with --fail-under, a "
+                "plug-in's coverage is too low); 2 bad usage or a bad cases file.");
+    test->add_option("PATH", options->paths,
+                     "plug-ins, cases files or folders (default: the plug-in folder)");
+    test->add_option("-j,--jobs", options->jobs, "cases run at once (default: one per core)")
+        ->check(CLI::Range(1u, 256u));
+    test->add_option("--junit", options->junit_file, "also write JUnit XML for CI to FILE");
+    test->add_flag("--update", options->update,
+                   "write what the runs gave as the cases' expectations, and show the changes");
+    test->add_option("--case", options->case_names, "run only the case of this name (repeatable)")
+        ->allow_extra_args(false);
+    test->add_option("--plugin-folder", options->plugin_folder, plugin_folder_help);
+    add_sandbox_option(*test, options->sandbox);
+    auto* coverage = test->add_flag("--coverage{coverage}", options->coverage_folder,
+                                    "run each case under its language's coverage tool and write "
+                                    "DIR/lcov.info and DIR/cobertura.xml (default DIR: coverage)")
+                         ->option_text("[=DIR]");
+    test->add_option("--fail-under", options->fail_under,
+                     "with --coverage: fail when a plug-in's cases reach less than PERCENT of "
+                     "its lines")
+        ->check(CLI::Range(0.0, 100.0))
+        ->option_text("PERCENT")
+        ->needs(coverage);
+    return {test, [options] { return command_test(*options); }};
 }
 
 } // namespace qiro_plugin::cli

@@ -1,6 +1,8 @@
 #pragma once
 // qiro-lumen test: runs the cases kept beside plug-ins and says which still pass.
 
+#include "cli/cli_command.hpp"
+
 #include <string>
 #include <vector>
 
@@ -22,5 +24,6 @@ struct test_options {
 // 0 every case passed; 1 a case failed, or a plug-in's line coverage is below fail_under;
 // 2 bad usage or a bad cases file.
 int command_test(const test_options& a_options);
+cli_command add_test_command(CLI::App& a_app);
 
 } // namespace qiro_plugin::cli

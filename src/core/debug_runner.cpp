@@ -8,8 +8,10 @@
 #include "platform/file_path.hpp"
 #include "platform/sandbox_availability.hpp"
 #include "probes/probe_runner.hpp"
+#include "runtime/bridge_values.hpp"
 #include "runtime/plugin_instance_script.hpp"
 #include "text/string_encode.hpp"
+#include "text/utf8_text.hpp"
 
 #include <chrono>
 #include <optional>
@@ -28,25 +30,13 @@ double milliseconds_since(clock_type::time_point a_start) {
 
 using diagnosis::entry_kind;
 
-std::string to_utf8_or_empty(const utf16_string& a_text) {
-    try {
-        return string_encode::WideCharToMultiByteUTF8(a_text.c_str());
-    } catch (const std::exception&) {
-        return {};
+// The values the bridge got, as the probe hands them on.
+std::vector<std::string> probe_values_of(const std::vector<bridge_value>& a_values) {
+    std::vector<std::string> values;
+    for (const auto& value : a_values) {
+        values.push_back(string_encode::to_utf8_marked(value.text));
     }
-}
-
-// The request values in the order the bridges (and the probes) read them.
-template <typename Record>
-std::vector<std::string> probe_values_of(const utf16_string& a_first, const utf16_string& a_second,
-                                         const Record& a_record) {
-    return {
-        to_utf8_or_empty(a_first),
-        to_utf8_or_empty(a_second),
-        to_utf8_or_empty(get_record_text(a_record.proxy_address, a_record.proxy_address_length)),
-        std::to_string(a_record.proxy_port),
-        to_utf8_or_empty(get_record_text(a_record.proxy_username, a_record.proxy_username_length)),
-        to_utf8_or_empty(get_record_text(a_record.proxy_password, a_record.proxy_password_length))};
+    return values;
 }
 
 } // namespace
@@ -70,7 +60,14 @@ struct debug_runner::impl {
     impl(run_output_sink& a_sink, alert_sink& a_alerts)
         : m_sink(a_sink), m_alerts(a_alerts),
           m_settings_reader([] { return manager_preference_access::read_manager_preference(); }),
-          m_instance_factory(&get_script_instance_path) {}
+          m_instance_factory(script_instances) {}
+
+    static made_instance script_instances(const utf16_string& a_folder,
+                                          const utf16_string& a_file_name, run_output_sink& a_sink,
+                                          instance_attempt_report* a_report) {
+        auto script = make_script_instance(a_folder, a_file_name, a_sink, a_report);
+        return made_instance{script, script};
+    }
 
     // The steps every entry shares: panes cleared, busy indicator, an instance that passed its
     // syntax check, the entry itself, the outputs appended, destruction in order; any
@@ -86,10 +83,11 @@ struct debug_runner::impl {
         }
         diagnosis::run_evidence evidence;
         evidence.entry = a_kind;
-        evidence.plugin_folder = to_utf8_or_empty(a_plugin.first);
-        evidence.plugin_file = to_utf8_or_empty(a_plugin.second);
+        evidence.plugin_folder = string_encode::to_utf8_marked(a_plugin.first);
+        evidence.plugin_file = string_encode::to_utf8_marked(a_plugin.second);
         std::vector<std::string> probe_values;
         std::shared_ptr<abstract_qiro_plugin_instance> instance;
+        std::shared_ptr<qiro_plugin_instance_script> script;
         std::shared_ptr<abstract_qiro_plugin_message> message;
         std::unique_ptr<qiro_plugin_message_quit_flag> quit_flag;
         bool entry_started = false;
@@ -100,7 +98,9 @@ struct debug_runner::impl {
             m_sink.start_progress();
 
             instance_attempt_report attempt;
-            instance = m_instance_factory(a_plugin.first, a_plugin.second, m_sink, &attempt);
+            auto made = m_instance_factory(a_plugin.first, a_plugin.second, m_sink, &attempt);
+            instance = std::move(made.instance);
+            script = std::move(made.script);
             report.load_error = attempt.load_error;
             report.syntax_check_ms = attempt.syntax_check_ms;
             evidence.language = attempt.language;
@@ -119,6 +119,7 @@ struct debug_runner::impl {
             if ((a_kind == entry_kind::callback && !instance->is_enable_callback()) ||
                 (a_kind == entry_kind::preference && !instance->is_enable_preference())) {
                 instance.reset();
+                script.reset();
                 m_sink.stop_progress();
                 report.result = run_report::outcome::entry_not_enabled;
                 evidence.entry_enabled = false;
@@ -129,6 +130,7 @@ struct debug_runner::impl {
             utility::command_environment environment;
             if (auto refusal = prepare_companions(a_request, evidence, environment)) {
                 instance.reset();
+                script.reset();
                 m_sink.stop_progress();
                 report.result = run_report::outcome::refused;
                 report.refusal = std::move(*refusal);
@@ -151,14 +153,14 @@ struct debug_runner::impl {
                 // The probe gets the settings folder the bridge got; finding it again must never
                 // fail the run.
                 try {
-                    probe_values.push_back(to_utf8_or_empty(utility::get_convert_path(
+                    probe_values.push_back(string_encode::to_utf8_marked(utility::get_convert_path(
                         utility::create_plugin_preference_path(instance->run_get_name()))));
                 } catch (const std::exception&) {
                     probe_values.emplace_back();
                 }
             }
 
-            if (auto* script = dynamic_cast<qiro_plugin_instance_script*>(instance.get())) {
+            if (script) {
                 // The streams move into the report; the diagnosis borrows them from there.
                 evidence.run = command_evidence_of(*script, false);
                 report.run_std_output = script->release_last_std_output_string();
@@ -177,19 +179,21 @@ struct debug_runner::impl {
             instance->run_destroy();
             message.reset();
             instance.reset();
+            script.reset();
             m_sink.stop_progress();
             report.result = run_report::outcome::completed;
         } catch (const std::exception& error) {
             fail(report, error.what());
-            keep_failed_run_evidence(instance, entry_started, evidence);
+            keep_failed_run_evidence(script, entry_started, evidence);
         } catch (...) {
             fail(report, "unknown exception");
-            keep_failed_run_evidence(instance, entry_started, evidence);
+            keep_failed_run_evidence(script, entry_started, evidence);
         }
         // Released here on the failure path, in the order of the normal path.
         quit_flag.reset();
         message.reset();
         instance.reset();
+        script.reset();
         finish(a_request.options.probes, report, evidence, probe_values, started);
         if (companions_joined) {
             for (const auto& companion : a_request.options.companions) {
@@ -209,8 +213,8 @@ struct debug_runner::impl {
         entry_context context;
         context.entry = a_request.entry;
         context.language = a_evidence.language;
-        context.plugin_path = to_utf8_or_empty(utility::get_convert_path(
-            a_request.plugin.first + a_request.plugin.second));
+        context.plugin_path = string_encode::to_utf8_marked(
+            utility::get_convert_path(a_request.plugin.first + a_request.plugin.second));
         context.data_folder = utility::get_qiro_lumen_data_folder();
         for (const auto& companion : a_request.options.companions) {
             if (auto refusal = companion->prepare(context, a_environment)) {
@@ -230,9 +234,7 @@ struct debug_runner::impl {
             qiro_plugin_request request{};
             fill_processing_request(request, a_request.written_form, a_request.reading,
                                     m_settings_reader());
-            a_probe_values = probe_values_of(
-                get_record_text(request.composition_string, request.composition_string_length),
-                get_record_text(request.reading_string, request.reading_string_length), request);
+            a_probe_values = probe_values_of(bridge_values_of(request));
             a_instance.run_processing(a_message, request, a_quit_flag);
             return;
         }
@@ -240,10 +242,7 @@ struct debug_runner::impl {
             qiro_plugin_callback callback{};
             fill_callback_request(callback, a_request.candidate, a_request.written_form,
                                   m_settings_reader());
-            a_probe_values = probe_values_of(
-                get_record_text(callback.candidate_string, callback.candidate_string_length),
-                get_record_text(callback.composition_string, callback.composition_string_length),
-                callback);
+            a_probe_values = probe_values_of(bridge_values_of(callback));
             a_instance.run_callback(a_message, callback, a_quit_flag);
             return;
         }
@@ -288,11 +287,10 @@ struct debug_runner::impl {
     // What a run that ended with an exception had written, for the diagnosis (the reader's
     // limit, for one, fails the run after the command).
     static void
-    keep_failed_run_evidence(const std::shared_ptr<abstract_qiro_plugin_instance>& a_instance,
+    keep_failed_run_evidence(const std::shared_ptr<qiro_plugin_instance_script>& a_script,
                              bool a_entry_started, diagnosis::run_evidence& a_evidence) {
-        const auto* script = dynamic_cast<const qiro_plugin_instance_script*>(a_instance.get());
-        if (a_entry_started && script != nullptr && !a_evidence.run.ran) {
-            a_evidence.run = command_evidence_of(*script, true);
+        if (a_entry_started && a_script && !a_evidence.run.ran) {
+            a_evidence.run = command_evidence_of(*a_script, true);
         }
     }
 
@@ -321,7 +319,7 @@ struct debug_runner::impl {
             if (probe) {
                 probes::probe_request request;
                 request.language = a_evidence.language;
-                request.plugin_path = to_utf8_or_empty(
+                request.plugin_path = string_encode::to_utf8_marked(
                     utility::get_convert_path(string_encode::MultiByteUTF8ToWideChar(
                         (a_evidence.plugin_folder + a_evidence.plugin_file).c_str())));
                 request.method = diagnosis::method_name(a_evidence.entry);
@@ -405,14 +403,16 @@ void debug_runner::set_settings_reader(settings_reader a_reader) {
 }
 
 void debug_runner::set_instance_factory(instance_factory a_factory) {
-    p_impl->m_instance_factory = std::move(a_factory);
+    p_impl->m_instance_factory = a_factory ? std::move(a_factory) : &impl::script_instances;
 }
 
 run_report debug_runner::run(const run_request& a_request) {
     run_report refused;
     if (a_request.entry == entry_kind::callback &&
         a_request.candidate.size() > QIRO_PLUGIN_REQUEST_STRING_CAPACITY) {
-        refused.refusal = "the candidate is longer than 200 UTF-16 code units";
+        refused.refusal = "the candidate is longer than " +
+                          std::to_string(QIRO_PLUGIN_REQUEST_STRING_CAPACITY) +
+                          " UTF-16 code units";
         return refused;
     }
     if (a_request.entry != entry_kind::preference &&

@@ -22,9 +22,9 @@ std::optional<std::string> written_form_alert(const utf16_string& a_written_form
 class debug_runner {
 public:
     using settings_reader = std::function<manager_preference_data()>;
-    using instance_factory = std::function<std::shared_ptr<abstract_qiro_plugin_instance>(
-        const utf16_string& a_folder, const utf16_string& a_file_name, run_output_sink& a_sink,
-        instance_attempt_report* a_report)>;
+    using instance_factory =
+        std::function<made_instance(const utf16_string& a_folder, const utf16_string& a_file_name,
+                                    run_output_sink& a_sink, instance_attempt_report* a_report)>;
 
     // Both sinks must outlive the runner.
     debug_runner(run_output_sink& a_sink, alert_sink& a_alerts);
@@ -33,7 +33,7 @@ public:
     debug_runner& operator=(const debug_runner&) = delete;
 
     // Replace where settings and instances come from (the manager's settings and
-    // get_script_instance_path unless set).
+    // make_script_instance unless set, or set empty).
     void set_settings_reader(settings_reader a_reader);
     void set_instance_factory(instance_factory a_factory);
 

@@ -11,7 +11,7 @@ namespace qiro_plugin::debugger {
 
 namespace {
 
-constexpr std::array<localized_text_entry, 10> table{{
+constexpr std::array<localized_text_entry, 22> table{{
     {ALERT_RELOAD_ERROR, "No plug-in file (.pl, .py or .rb) was found in the plugin folder.",
      "plugin フォルダにプラグインファイル（.pl、.py、.rb）が見つかりませんでした。"},
     {ALERT_EMPTY_HYOKI, "Enter the written form (hyoki) to hand to the plug-in.",
@@ -42,6 +42,32 @@ constexpr std::array<localized_text_entry, 10> table{{
      "(what the plug-in printed comes first in it), or the plug-in's companion .xml.",
      "文書が上限の 10,485,760 バイトを超えています。実行の出力（プラグインが出力した文字も"
      "含みます）か、プラグインと対になる .xml のどちらかです。"},
+    {TEXT_RUN_ONE_CANDIDATE, "%1 ran as %2: %3 candidate (syntax check %4 ms, run %5 ms).",
+     "%1 を %2 で実行しました: 候補 %3 件（文法チェック %4 ms、実行 %5 ms）。"},
+    {TEXT_RUN_CANDIDATES, "%1 ran as %2: %3 candidates (syntax check %4 ms, run %5 ms).",
+     "%1 を %2 で実行しました: 候補 %3 件（文法チェック %4 ms、実行 %5 ms）。"},
+    {TEXT_RUN_NO_DOCUMENT, "%1 ran as %2, but its output is not a result document: see the panes.",
+     "%1 を %2 で実行しましたが、出力が結果文書ではありません。出力枠を見てください。"},
+    {TEXT_CALLBACK_RAN, "The callback ran as %1 in %2 ms: see the panes.",
+     "コールバックを %1 で実行しました（%2 ms）。出力枠を見てください。"},
+    {TEXT_PREFERENCE_RAN, "The preference entry ran as %1 in %2 ms: see the panes.",
+     "設定エントリを %1 で実行しました（%2 ms）。出力枠を見てください。"},
+    {TEXT_RUN_NOT_RUN, "no language could run %1 (see the standard-error pane above)",
+     "%1 を実行できる言語がありませんでした（標準エラー出力を見てください）"},
+    {TEXT_CALLBACK_NOT_OFFERED,
+     "%1 offers no callback: its preference document (the .xml file beside it) must hold "
+     "<callback>true</callback>",
+     "%1 はコールバックを提供していません。隣の .xml ファイル（設定文書）に "
+     "<callback>true</callback> が必要です"},
+    {TEXT_PREFERENCE_NOT_OFFERED,
+     "%1 offers no preference entry: its preference document (the .xml file beside it) must "
+     "hold <preference>true</preference>",
+     "%1 は設定エントリを提供していません。隣の .xml ファイル（設定文書）に "
+     "<preference>true</preference> が必要です"},
+    {TEXT_RUN_ERROR, "the run ended with an error: %1", "実行がエラーで終わりました: %1"},
+    {TEXT_RUN_ALERTED, "the input was refused (%1)", "入力が受け付けられませんでした（%1）"},
+    {TEXT_RUN_REFUSED, "%1", "%1（実行しませんでした）"},
+    {TEXT_RUN_SANDBOX_REFUSED, "not run: %1", "実行しませんでした: %1"},
 }};
 
 std::atomic<text_language> installed_language{text_language::english};

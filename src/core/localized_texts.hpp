@@ -18,6 +18,19 @@ inline constexpr const char* HINT_BRIDGE_FILE_NOT_WRITTEN = "HintBridgeFileNotWr
 inline constexpr const char* HINT_DATA_FOLDER_MISSING = "HintDataFolderMissing";
 inline constexpr const char* HINT_TEXT_NOT_CONVERTIBLE = "HintTextNotConvertible";
 inline constexpr const char* HINT_DOCUMENT_TOO_LONG = "HintDocumentTooLong";
+// What a run's verdict says (see run_verdict.hpp); %1, %2, ... stand for its values.
+inline constexpr const char* TEXT_RUN_ONE_CANDIDATE = "RunOneCandidate";
+inline constexpr const char* TEXT_RUN_CANDIDATES = "RunCandidates";
+inline constexpr const char* TEXT_RUN_NO_DOCUMENT = "RunNoDocument";
+inline constexpr const char* TEXT_CALLBACK_RAN = "CallbackRan";
+inline constexpr const char* TEXT_PREFERENCE_RAN = "PreferenceRan";
+inline constexpr const char* TEXT_RUN_NOT_RUN = "RunNotRun";
+inline constexpr const char* TEXT_CALLBACK_NOT_OFFERED = "CallbackNotOffered";
+inline constexpr const char* TEXT_PREFERENCE_NOT_OFFERED = "PreferenceNotOffered";
+inline constexpr const char* TEXT_RUN_ERROR = "RunError";
+inline constexpr const char* TEXT_RUN_ALERTED = "RunAlerted";
+inline constexpr const char* TEXT_RUN_REFUSED = "RunRefused";
+inline constexpr const char* TEXT_RUN_SANDBOX_REFUSED = "RunSandboxRefused";
 
 enum class text_language { english, japanese };
 

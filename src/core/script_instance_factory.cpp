@@ -32,6 +32,12 @@ diagnosis::command_evidence command_evidence_of(const qiro_plugin_instance_scrip
 std::shared_ptr<abstract_qiro_plugin_instance>
 get_script_instance_path(const utf16_string& a_folder, const utf16_string& a_file_name,
                          run_output_sink& a_sink, instance_attempt_report* a_report) {
+    return make_script_instance(a_folder, a_file_name, a_sink, a_report);
+}
+
+std::shared_ptr<qiro_plugin_instance_script>
+make_script_instance(const utf16_string& a_folder, const utf16_string& a_file_name,
+                     run_output_sink& a_sink, instance_attempt_report* a_report) {
     for (const auto& language : script_language_table()) {
         auto instance = std::make_shared<qiro_plugin_instance_script>(
             a_folder, a_file_name, language.command_name, language.extension, language.module_type,

@@ -1,5 +1,6 @@
 #include "bridges/protocol.hpp"
 #include "platform/failed_assertion.hpp"
+#include "runtime/bridge_values.hpp"
 #include "runtime/instance_script_impl.hpp"
 #include "runtime/message_script.hpp"
 #include "text/wide_string.hpp"
@@ -12,21 +13,13 @@ namespace qiro_plugin {
 namespace {
 
 // Every value but the port is URL-encoded; the bridges read the port as plain digits.
-std::string make_port_argument(std::uint32_t a_port) {
-    return quote_argument(std::to_string(a_port));
-}
-
-// The proxy values that both request records carry, in the order the bridges read them.
-template <typename request_record>
-std::string make_proxy_arguments(const request_record& a_record) {
+std::string make_value_arguments(const std::vector<bridge_value>& a_values) {
     std::string arguments;
-    arguments +=
-        make_text_argument(get_record_text(a_record.proxy_address, a_record.proxy_address_length));
-    arguments += make_port_argument(a_record.proxy_port);
-    arguments += make_text_argument(
-        get_record_text(a_record.proxy_username, a_record.proxy_username_length));
-    arguments += make_text_argument(
-        get_record_text(a_record.proxy_password, a_record.proxy_password_length));
+    for (const auto& value : a_values) {
+        arguments += value.is_port
+                         ? quote_argument(std::string(value.text.begin(), value.text.end()))
+                         : make_text_argument(value.text);
+    }
     return arguments;
 }
 
@@ -89,12 +82,7 @@ bool qiro_plugin_instance_script::run_processing(
         throw std::runtime_error("qiro_plugin_instance_script::run_processing() : fault2.");
     }
 
-    std::string arguments;
-    arguments += make_text_argument(
-        get_record_text(a_request.composition_string, a_request.composition_string_length));
-    arguments += make_text_argument(
-        get_record_text(a_request.reading_string, a_request.reading_string_length));
-    arguments += make_proxy_arguments(a_request);
+    std::string arguments = make_value_arguments(bridge_values_of(a_request));
     if (p_impl->m_plugin_preference_data.preference) {
         arguments += p_impl->make_preference_path_argument();
     }
@@ -137,12 +125,7 @@ bool qiro_plugin_instance_script::run_callback(
     QIRO_ASSERT_TEXT(p_impl->m_plugin_preference_data.callback,
                      "p_impl->m_plugin_preference_data.m_callback");
 
-    std::string arguments;
-    arguments += make_text_argument(
-        get_record_text(a_callback.candidate_string, a_callback.candidate_string_length));
-    arguments += make_text_argument(
-        get_record_text(a_callback.composition_string, a_callback.composition_string_length));
-    arguments += make_proxy_arguments(a_callback);
+    std::string arguments = make_value_arguments(bridge_values_of(a_callback));
     if (p_impl->m_plugin_preference_data.preference) {
         arguments += p_impl->make_preference_path_argument();
     }

@@ -1,12 +1,14 @@
 #include "window/history_cases.hpp"
 
 #include "cases/case_check.hpp"
+#include "text/string_encode.hpp"
+#include "text/utf8_text.hpp"
+#include "ui_main_window.h"
 #include "window/cases_tab.hpp"
 #include "window/folder_watch.hpp"
 #include "window/history_panel.hpp"
 #include "window/ui_controller.hpp"
 #include "window/workbench.hpp"
-#include "text/string_encode.hpp"
 
 #include <QAction>
 #include <QComboBox>
@@ -27,14 +29,6 @@ QString tr(const char* a_source) {
     return QCoreApplication::translate("history_cases", a_source);
 }
 
-std::string utf8(const utf16_string& a_text) {
-    try {
-        return string_encode::WideCharToMultiByteUTF8(a_text.c_str());
-    } catch (const std::exception&) {
-        return {};
-    }
-}
-
 // The error text, or empty once the entry is a case of its plug-in.
 QString save_entry(const history_entry& a_entry, const QString& a_name, cases_tab& a_cases) {
     cases::test_case inputs;
@@ -44,8 +38,8 @@ QString save_entry(const history_entry& a_entry, const QString& a_name, cases_ta
     }
     inputs.kind =
         a_entry.entry == "preference" ? cases::case_kind::preference : cases::case_kind::processing;
-    inputs.written_form = utf8(a_entry.written_form);
-    inputs.reading = utf8(a_entry.reading);
+    inputs.written_form = string_encode::to_utf8_marked(a_entry.written_form);
+    inputs.reading = string_encode::to_utf8_marked(a_entry.reading);
     cases::case_run run;
     run.report = a_entry.report;
     return a_cases.save_as_case(a_name, inputs, run);
@@ -66,7 +60,7 @@ void connect_history(history_panel& a_history, cases_tab& a_cases) {
         bool accepted = false;
         const QString name = QInputDialog::getText(
             list, tr("Save as Case"), tr("Name of the case:"), QLineEdit::Normal,
-            QString::fromStdString(utf8(entry.written_form)), &accepted);
+            QString::fromStdString(string_encode::to_utf8_marked(entry.written_form)), &accepted);
         if (!accepted || name.trimmed().isEmpty()) {
             return;
         }
@@ -79,22 +73,14 @@ void connect_history(history_panel& a_history, cases_tab& a_cases) {
 } // namespace
 
 cases_tab* add_cases_tab(ui_controller& a_controller, workbench& a_bench) {
-    QMainWindow* window = a_controller.window();
     auto* cases =
         new cases_tab([&a_controller] { return a_controller.menu_model().selected_plugin(); });
-    if (auto* tabs = window->findChild<QTabWidget*>(QStringLiteral("m_result_tabs"))) {
-        tabs->addTab(cases, tr("Cases"));
-    } else {
-        cases->setParent(window);
-    }
+    const Ui::main_window& form = a_controller.form();
+    form.m_result_tabs->addTab(cases, tr("Cases"));
     // Connected after the controller's own handlers, so the tab reads the new selection.
-    if (auto* menu =
-            window->findChild<QComboBox*>(QStringLiteral("m_loaded_plusins_popup_button"))) {
-        QObject::connect(menu, &QComboBox::activated, cases, &cases_tab::reload);
-    }
-    if (auto* reload = window->findChild<QPushButton*>(QStringLiteral("m_reload_button"))) {
-        QObject::connect(reload, &QPushButton::clicked, cases, &cases_tab::reload);
-    }
+    QObject::connect(form.m_loaded_plusins_popup_button, &QComboBox::activated, cases,
+                     &cases_tab::reload);
+    QObject::connect(form.m_reload_button, &QPushButton::clicked, cases, &cases_tab::reload);
     connect_history(a_bench.history(), *cases);
     // Connected after the workbench's own re-run, which blocks until the plug-in has ended, so
     // the cases start after it and never inside it.

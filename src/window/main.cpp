@@ -1,9 +1,9 @@
 #include "build_version.hpp"
+#include "platform/termination_signals.hpp"
 #include "window/history_cases.hpp"
 #include "window/ui_controller.hpp"
 #include "window/window_translations.hpp"
 #include "window/workbench.hpp"
-#include "platform/termination_signals.hpp"
 
 #include <QApplication>
 #include <QCommandLineParser>

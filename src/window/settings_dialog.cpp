@@ -1,8 +1,8 @@
 #include "window/settings_dialog.hpp"
 
-#include "window/qt_text.hpp"
 #include "keys/zul_key_access.hpp"
 #include "settings/manager_preference_access.hpp"
+#include "window/qt_text.hpp"
 
 #include <QCheckBox>
 #include <QComboBox>

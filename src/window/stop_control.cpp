@@ -7,9 +7,13 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QThread>
 #include <QTimer>
+#include <QWindow>
+
+#include <utility>
 
 namespace qiro_plugin::debugger {
 
@@ -53,6 +57,7 @@ void stop_control::set_running(bool a_running) {
     m_stop_button->setEnabled(a_running);
     if (a_running) {
         m_stop_requested = false;
+        m_stop_took_press = false;
         qApp->installEventFilter(this);
         m_clock.start();
         show_elapsed();
@@ -80,9 +85,36 @@ void stop_control::show_elapsed() {
                                               : tr("%1 s").arg(seconds, 0, 'f', 1));
 }
 
-bool stop_control::is_allowed(QObject* a_watched, QEvent* a_event) const {
+// A press from the window system is sent to the top-level window first, which hands it to the
+// widget under the pointer; its release goes to the widget that took the press, wherever the
+// pointer is then.
+bool stop_control::is_for_stop_button(QObject* a_watched, QEvent* a_event) {
+    QWidget* top_level = m_stop_button->window();
+    if (a_watched != top_level->windowHandle()) {
+        return false;
+    }
+    if (a_event->type() == QEvent::MouseButtonRelease) {
+        return std::exchange(m_stop_took_press, false);
+    }
+    const QPoint at = static_cast<QMouseEvent*>(a_event)->position().toPoint();
+    m_stop_took_press = top_level->childAt(at) == m_stop_button;
+    return m_stop_took_press;
+}
+
+bool stop_control::is_allowed(QObject* a_watched, QEvent* a_event) {
     if (a_watched == m_stop_button) {
         return true;
+    }
+    switch (a_event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+        if (is_for_stop_button(a_watched, a_event)) {
+            return true;
+        }
+        break;
+    default:
+        break;
     }
     if (a_event->type() == QEvent::Shortcut) {
         for (const auto& action : m_let_through) {

@@ -44,7 +44,8 @@ protected:
     bool eventFilter(QObject* a_watched, QEvent* a_event) override;
 
 private:
-    bool is_allowed(QObject* a_watched, QEvent* a_event) const;
+    bool is_allowed(QObject* a_watched, QEvent* a_event);
+    bool is_for_stop_button(QObject* a_watched, QEvent* a_event);
     void show_elapsed();
     void deliver_held_events();
 
@@ -56,6 +57,8 @@ private:
     std::vector<std::pair<QPointer<QObject>, std::unique_ptr<QEvent>>> m_held;
     bool m_running = false;
     bool m_stop_requested = false;
+    // The top-level window handed a press to Stop, so the release is Stop's too.
+    bool m_stop_took_press = false;
 };
 
 } // namespace qiro_plugin::debugger

@@ -1,17 +1,18 @@
 #include "window/ui_controller.hpp"
 
 #include "core/localized_texts.hpp"
+#include "core/run_verdict.hpp"
 #include "core/script_instance_factory.hpp"
-#include "window/alert_box.hpp"
-#include "window/diagnosis_list.hpp"
-#include "window/output_pane.hpp"
-#include "window/qt_text.hpp"
-#include "window/sandbox_toggle.hpp"
 #include "diagnosis/analyze.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/localized_string.hpp"
 #include "text/string_encode.hpp"
 #include "ui_main_window.h"
+#include "window/alert_box.hpp"
+#include "window/diagnosis_list.hpp"
+#include "window/output_pane.hpp"
+#include "window/qt_text.hpp"
+#include "window/sandbox_toggle.hpp"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -108,8 +109,8 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
     m_loaded_plusins_popup_button = p_impl->m_ui.m_loaded_plusins_popup_button;
     m_run_debug_button = p_impl->m_ui.m_run_debug_button;
     m_reading_text_field = p_impl->m_ui.m_reading_text_field;
-    // The request's reading holds at most 200 UTF-16 units, as QLineEdit counts them.
-    m_reading_text_field->setMaxLength(200);
+    // The request's reading holds what its buffer holds, in UTF-16 units as QLineEdit counts.
+    m_reading_text_field->setMaxLength(static_cast<int>(QIRO_PLUGIN_REQUEST_STRING_CAPACITY));
 
     // While a plug-in runs the window keeps painting and the busy indicator keeps moving;
     // clicks and keys wait until the run has ended.
@@ -144,6 +145,10 @@ bool ui_controller::eventFilter(QObject* a_watched, QEvent* a_event) {
 
 QMainWindow* ui_controller::window() const {
     return m_self_window;
+}
+
+const Ui::main_window& ui_controller::form() const {
+    return p_impl->m_ui;
 }
 
 debug_runner& ui_controller::runner() {
@@ -221,50 +226,24 @@ void ui_controller::run_debug() {
         return;
     }
     // An empty reading leaves the request exactly as the plug-in manager fills it.
-    const run_report report = run(processing_request(
-        *plugin, to_utf16(m_hyoki_text_field->text()), to_utf16(m_reading_text_field->text())));
+    const run_report report = run(processing_request(*plugin, to_utf16(m_hyoki_text_field->text()),
+                                                     to_utf16(m_reading_text_field->text())));
     m_diagnosis_list->show_findings(report.findings);
     show_run_summary(report, to_qstring(plugin->second));
     emit run_finished(report, *plugin);
 }
 
 void ui_controller::show_run_summary(const run_report& a_report, const QString& a_file_name) {
-    QString summary;
-    switch (a_report.result) {
-    case run_report::outcome::completed:
-        if (a_report.document_parsed) {
-            summary = tr("%1 ran as %2: %n candidate(s) (syntax check %3 ms, run %4 ms).", "",
-                         static_cast<int>(a_report.candidates.size()))
-                          .arg(a_file_name, to_qstring(a_report.module_type.value_or(u"")))
-                          .arg(a_report.syntax_check_ms, 0, 'f', 0)
-                          .arg(a_report.run_ms, 0, 'f', 0);
-        } else {
-            summary = tr("%1 ran as %2, but its output is not a result document: see the panes.")
-                          .arg(a_file_name, to_qstring(a_report.module_type.value_or(u"")));
-        }
-        break;
-    case run_report::outcome::not_run:
-        summary =
-            tr("No interpreter accepted %1: see the panes for what they printed.").arg(a_file_name);
-        break;
-    case run_report::outcome::failed:
-        summary = tr("The run of %1 ended with an error: %2")
-                      .arg(a_file_name, QString::fromStdString(a_report.error));
-        if (const auto hint = run_error_hint(a_report.error); !hint.empty()) {
-            summary += QLatin1Char(' ') + to_qstring(hint);
-        }
-        break;
-    case run_report::outcome::refused:
-        if (a_report.sandbox_unavailable) {
-            summary =
-                tr("%1 was not run: %2").arg(a_file_name, QString::fromStdString(a_report.refusal));
-            break;
-        }
-        [[fallthrough]];
-    case run_report::outcome::entry_not_enabled:
+    const auto verdict =
+        judge_run(a_report, diagnosis::entry_kind::processing, to_utf16(a_file_name));
+    if (verdict.what == run_verdict::kind::alerted) {
         // The alert says why; a summary of an earlier run would only mislead.
         m_self_window->statusBar()->clearMessage();
         return;
+    }
+    QString summary = to_qstring(verdict_text(verdict, installed_text_language()));
+    if (!verdict.hint.empty()) {
+        summary += QLatin1Char(' ') + to_qstring(verdict.hint);
     }
     if (a_report.sandbox != utility::sandbox_mode::off && !a_report.sandbox_unavailable) {
         summary += QLatin1Char(' ') + (a_report.sandbox == utility::sandbox_mode::nonet

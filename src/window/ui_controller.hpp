@@ -18,6 +18,10 @@ class QPlainTextEdit;
 class QProgressBar;
 class QPushButton;
 
+namespace Ui {
+class main_window;
+}
+
 namespace qiro_plugin::debugger {
 
 class diagnosis_list;
@@ -31,6 +35,8 @@ public:
     ~ui_controller() override;
 
     QMainWindow* window() const;
+    // Every widget of the window's form, typed, for the parts built around the controller.
+    const Ui::main_window& form() const;
     // The run logic the window drives; tests replace its settings and instance sources.
     debug_runner& runner();
     // The options every run of the window takes (sandbox, probes), as its controls set them.

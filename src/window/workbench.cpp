@@ -2,6 +2,8 @@
 
 #include "core/companion_document.hpp"
 #include "core/plugin_templates.hpp"
+#include "core/run_verdict.hpp"
+#include "ui_main_window.h"
 #include "window/candidate_preview.hpp"
 #include "window/folder_watch.hpp"
 #include "window/history_panel.hpp"
@@ -43,10 +45,6 @@ namespace qiro_plugin::debugger {
 
 namespace {
 
-template <typename widget> widget* child(QMainWindow* a_window, const char* a_name) {
-    return a_window->findChild<widget*>(QString::fromLatin1(a_name));
-}
-
 // The README beside an installed or a built program, or in the source tree.
 QString find_readme() {
     const QDir program(QCoreApplication::applicationDirPath());
@@ -82,22 +80,16 @@ struct workbench::impl {
     folder_watch* m_watch;
     std::optional<xml_access_library::script_preference::plugin_preference_data> m_companion;
 
-    explicit impl(ui_controller& a_controller)
+    explicit impl(ui_controller& a_controller, const Ui::main_window& a_form)
         : m_controller(a_controller), m_window(a_controller.window()),
-          m_menu(child<QComboBox>(m_window, "m_loaded_plusins_popup_button")),
-          m_written_form(child<QLineEdit>(m_window, "m_hyoki_text_field")),
-          m_reading(child<QLineEdit>(m_window, "m_reading_text_field")),
-          m_callback_button(child<QPushButton>(m_window, "m_callback_button")),
-          m_preference_button(child<QPushButton>(m_window, "m_preference_button")),
-          m_main_splitter(child<QSplitter>(m_window, "m_main_splitter")),
-          m_pane_splitter(child<QSplitter>(m_window, "m_pane_splitter")),
-          m_tabs(child<QTabWidget>(m_window, "m_result_tabs")),
-          m_std_output(child<output_pane>(m_window, "m_std_output_text_view")),
-          m_std_error(child<output_pane>(m_window, "m_std_error_output_text_view")),
-          m_menus(make_window_menus(m_window)), m_preview(new candidate_preview(m_tabs)),
-          m_history(new history_panel(m_tabs)),
-          m_stop(new stop_control(child<QPushButton>(m_window, "m_stop_button"),
-                                  child<QLabel>(m_window, "m_elapsed_label"), m_window)),
+          m_menu(a_form.m_loaded_plusins_popup_button), m_written_form(a_form.m_hyoki_text_field),
+          m_reading(a_form.m_reading_text_field), m_callback_button(a_form.m_callback_button),
+          m_preference_button(a_form.m_preference_button), m_main_splitter(a_form.m_main_splitter),
+          m_pane_splitter(a_form.m_pane_splitter), m_tabs(a_form.m_result_tabs),
+          m_std_output(a_form.m_std_output_text_view),
+          m_std_error(a_form.m_std_error_output_text_view), m_menus(make_window_menus(m_window)),
+          m_preview(new candidate_preview(m_tabs)), m_history(new history_panel(m_tabs)),
+          m_stop(new stop_control(a_form.m_stop_button, a_form.m_elapsed_label, m_window)),
           m_watch(new folder_watch(m_window)) {}
 
     std::optional<plugin_entry> selected() const {
@@ -114,7 +106,8 @@ struct workbench::impl {
 };
 
 workbench::workbench(ui_controller& a_controller)
-    : QObject(a_controller.window()), p_impl(std::make_unique<impl>(a_controller)) {
+    : QObject(a_controller.window()),
+      p_impl(std::make_unique<impl>(a_controller, a_controller.form())) {
     auto& d = *p_impl;
     const window_menus& menus = d.m_menus;
     d.m_stop->let_through(menus.stop);
@@ -153,7 +146,7 @@ workbench::workbench(ui_controller& a_controller)
         [this](const history_entry& a_entry) { p_impl->m_preview->show_report(a_entry.report); });
 
     // The controller's own connections come first, so the menu is already up to date here.
-    connect(child<QPushButton>(d.m_window, "m_reload_button"), &QPushButton::clicked, this,
+    connect(a_controller.form().m_reload_button, &QPushButton::clicked, this,
             &workbench::after_menu_change);
     connect(d.m_menu, &QComboBox::activated, this, &workbench::after_menu_change);
     connect(d.m_callback_button, &QPushButton::clicked, this, &workbench::run_callback);
@@ -178,9 +171,11 @@ workbench::workbench(ui_controller& a_controller)
         p_impl->m_stop->stop();
         p_impl->m_window->close();
     });
-    connect(menus.run, &QAction::triggered, &a_controller, &ui_controller::run_debug);
-    connect(menus.callback, &QAction::triggered, this, &workbench::run_callback);
-    connect(menus.preference, &QAction::triggered, this, &workbench::run_preference);
+    // The menu items press the buttons: each action is wired once, at its button.
+    connect(menus.run, &QAction::triggered, a_controller.form().m_run_debug_button,
+            &QPushButton::click);
+    connect(menus.callback, &QAction::triggered, d.m_callback_button, &QPushButton::click);
+    connect(menus.preference, &QAction::triggered, d.m_preference_button, &QPushButton::click);
     connect(menus.stop, &QAction::triggered, d.m_stop, &stop_control::stop);
     connect(menus.run_on_save, &QAction::toggled, this,
             [this](bool a_on) { p_impl->m_watch->set_run_on_save(a_on); });
@@ -332,7 +327,7 @@ void workbench::run_callback() {
     const utf16_string written_form = to_utf16(d.m_written_form->text());
     const run_report report =
         d.m_controller.run(callback_request(*plugin, candidate->title, written_form));
-    show_entry_summary(tr("callback"), report);
+    show_entry_summary(diagnosis::entry_kind::callback, report);
     if (report.result != run_report::outcome::refused) {
         d.record("callback", report, *plugin, written_form, {});
     }
@@ -345,31 +340,16 @@ void workbench::run_preference() {
         return;
     }
     const run_report report = d.m_controller.run(preference_request(*plugin));
-    show_entry_summary(tr("preference entry"), report);
+    show_entry_summary(diagnosis::entry_kind::preference, report);
     d.record("preference", report, *plugin, {}, {});
 }
 
-void workbench::show_entry_summary(const QString& a_entry, const run_report& a_report) {
-    QString summary;
-    switch (a_report.result) {
-    case run_report::outcome::completed:
-        summary = tr("The %1 ran as %2 in %3 ms: see the panes.")
-                      .arg(a_entry, to_qstring(a_report.module_type.value_or(u"")))
-                      .arg(a_report.run_ms, 0, 'f', 0);
-        break;
-    case run_report::outcome::not_run:
-        summary = tr("No interpreter accepted the plug-in: see the panes.");
-        break;
-    case run_report::outcome::entry_not_enabled:
-        summary = tr("The plug-in's .xml document does not offer the %1.").arg(a_entry);
-        break;
-    case run_report::outcome::failed:
-        summary = tr("The %1 ended with an error: %2")
-                      .arg(a_entry, QString::fromStdString(a_report.error));
-        break;
-    case run_report::outcome::refused:
-        summary = QString::fromStdString(a_report.refusal);
-        break;
+void workbench::show_entry_summary(diagnosis::entry_kind a_entry, const run_report& a_report) {
+    const auto plugin = p_impl->selected();
+    const auto verdict = judge_run(a_report, a_entry, plugin ? plugin->second : utf16_string());
+    QString summary = to_qstring(verdict_text(verdict, installed_text_language()));
+    if (!verdict.hint.empty()) {
+        summary += QLatin1Char(' ') + to_qstring(verdict.hint);
     }
     p_impl->m_window->statusBar()->showMessage(summary);
 }

@@ -2,6 +2,7 @@
 // The author's tools around the faithful window: menus, preview, entries, stop, watch, history.
 
 #include "core/plugin_discovery.hpp"
+#include "diagnosis/run_evidence.hpp"
 
 #include <QObject>
 #include <QString>
@@ -73,7 +74,7 @@ signals:
 private:
     void after_menu_change();
     void update_entries();
-    void show_entry_summary(const QString& a_entry, const struct run_report& a_report);
+    void show_entry_summary(diagnosis::entry_kind a_entry, const struct run_report& a_report);
     void save_pane(bool a_error_pane);
     void show_readme();
     void show_about();

@@ -1,7 +1,7 @@
 // Plug-ins that misbehave on purpose, run through qiro-lumen as a process: whatever the plug-in
 // does, the program ends, reports it, leaves no file or process of its own behind, and the next
 // ordinary run works.
-#include "cli_process.hpp"
+#include "support/cli_process.hpp"
 #include "support/process_scan.hpp"
 
 #include <gmock/gmock.h>

@@ -3,7 +3,7 @@
 #include "core/pane_text_sink.hpp"
 #include "core/plugin_templates.hpp"
 #include "core/run_history.hpp"
-#include "run_fakes.hpp"
+#include "support/run_fakes.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "core/debug_runner.hpp"
-#include "run_fakes.hpp"
+#include "support/run_fakes.hpp"
 
 #include <gtest/gtest.h>
 
@@ -33,8 +33,9 @@ protected:
                 sinks.events.push_back("make " + std::string(a_name.begin(), a_name.end()) +
                                        " in " + std::string(a_folder.begin(), a_folder.end()));
                 a_sink.add_std_output_text(u"syntax ok");
-                return std::make_shared<testing::fake_plugin_instance>(sinks.events,
-                                                                       a_throw_in_processing);
+                return made_instance{std::make_shared<testing::fake_plugin_instance>(
+                                         sinks.events, a_throw_in_processing),
+                                     nullptr};
             });
     }
 

@@ -1,6 +1,6 @@
 #include "core/plugin_discovery.hpp"
 #include "core/plugin_menu_model.hpp"
-#include "run_fakes.hpp"
+#include "support/run_fakes.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <gtest/gtest.h>

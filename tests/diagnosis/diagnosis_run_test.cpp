@@ -1,7 +1,7 @@
 #include "core/debug_runner.hpp"
 #include "core/pane_text_sink.hpp"
-#include "core/run_fakes.hpp"
 #include "platform/command_runner.hpp"
+#include "support/run_fakes.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <gtest/gtest.h>
@@ -33,9 +33,9 @@ protected:
         testing::recording_sinks alerts;
         debug_runner runner(panes, alerts);
         const std::string folder = a_folder.string() + "/";
-        auto request = processing_request(
-            {utf16_string(folder.begin(), folder.end()), utf16_string(a_file.begin(), a_file.end())},
-            u"変換");
+        auto request = processing_request({utf16_string(folder.begin(), folder.end()),
+                                           utf16_string(a_file.begin(), a_file.end())},
+                                          u"変換");
         request.options.probes = a_policy;
         return runner.run(request);
     }

@@ -270,12 +270,12 @@ private slots:
     }
 
     void an_exception_in_a_run_gives_one_alert_and_stops_the_indicator() {
-        controller().runner().set_instance_factory(
-            [](const utf16_string&, const utf16_string&, run_output_sink& a_sink,
-               instance_attempt_report*) -> std::shared_ptr<abstract_qiro_plugin_instance> {
-                a_sink.add_std_output_text(u"before the failure");
-                throw std::runtime_error("instance could not be made");
-            });
+        controller().runner().set_instance_factory([](const utf16_string&, const utf16_string&,
+                                                      run_output_sink& a_sink,
+                                                      instance_attempt_report*) -> made_instance {
+            a_sink.add_std_output_text(u"before the failure");
+            throw std::runtime_error("instance could not be made");
+        });
         run_with(QStringLiteral("x"));
         QCOMPARE(m_alerts, QStringList{localized("AlertRunDebugError")});
         QVERIFY(!progress()->isVisible());

@@ -28,6 +28,7 @@
 #include <QListWidget>
 #include <QMainWindow>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QStatusBar>
@@ -220,6 +221,69 @@ private slots:
         QVERIFY(finding->text(0).startsWith(QStringLiteral("The run was stopped after")));
         QVERIFY(finding->toolTip(0).contains(QStringLiteral("on error")));
         QTRY_COMPARE(reading()->text(), QStringLiteral("y"));
+        QVERIFY(m_alerts.isEmpty());
+    }
+
+    // A real press reaches the top-level window before any widget: under X it comes from the
+    // server (xdotool), elsewhere through the window system interface.
+    void a_press_on_stop_through_the_window_ends_the_run() {
+        write("sleeping.py", "import os, time\n"
+                             "def qiro_plugin_run_process(request):\n"
+                             "    with open(os.environ['HOME'] + '/sleeping.pid', 'w') as f:\n"
+                             "        f.write(str(os.getpid()))\n"
+                             "    time.sleep(60)\n"
+                             "    return {'candidate': []}\n");
+        m_bench->open_folder(m_plugins.path());
+        QFile pid_file(m_home.filePath(QStringLiteral("sleeping.pid")));
+        pid_file.remove();
+        const auto centre = [this](QWidget* a_widget) {
+            return a_widget->mapTo(window(), a_widget->rect().center());
+        };
+        QObject scope;
+        bool reading_had_focus_at_stop = true;
+        connect(&m_bench->stopper(), &stop_control::stopped, &scope,
+                [&] { reading_had_focus_at_stop = reading()->hasFocus(); });
+        // Once the plug-in sleeps: a press on the reading field, which is to wait for the run's
+        // end, then one on Stop.
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, &scope, [&] {
+            if (!pid_file.exists()) {
+                return;
+            }
+            poll.stop();
+            const QList<QPoint> points{centre(reading()),
+                                       centre(find<QPushButton>("m_stop_button"))};
+            if (QGuiApplication::platformName() != QLatin1String("xcb")) {
+                for (const QPoint& point : points) {
+                    QTest::mouseClick(window()->windowHandle(), Qt::LeftButton, {}, point);
+                }
+                return;
+            }
+            QStringList arguments;
+            for (const QPoint& point : points) {
+                const QPoint global = window()->mapToGlobal(point);
+                arguments << QStringLiteral("mousemove") << QStringLiteral("--sync")
+                          << QString::number(global.x()) << QString::number(global.y())
+                          << QStringLiteral("click") << QStringLiteral("1");
+            }
+            QVERIFY(QProcess::startDetached(QStringLiteral("xdotool"), arguments));
+        });
+        poll.start(20);
+        written_form()->setFocus();
+        run_with(QStringLiteral("sleeping.py"), QStringLiteral("x"));
+        QVERIFY(m_bench->stopper().was_stopped());
+        QVERIFY(status().contains(QStringLiteral("sleeping.py was stopped.")));
+        QVERIFY(!reading_had_focus_at_stop);
+        QTRY_VERIFY(reading()->hasFocus());
+        // The plug-in's process is gone (at most a zombie left for its new parent to reap).
+        QVERIFY(pid_file.open(QIODevice::ReadOnly));
+        const int pid = pid_file.readAll().toInt();
+        QVERIFY(pid > 0);
+        const auto lives = [pid] {
+            QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+            return stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z ");
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(!lives(), 10000);
         QVERIFY(m_alerts.isEmpty());
     }
 

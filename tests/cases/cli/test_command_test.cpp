@@ -1,5 +1,5 @@
 #include "cases/junit_schema.hpp"
-#include "cli_process.hpp"
+#include "support/cli_process.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // Runs inside a private session bus with an unlocked keyring of its own.
 
-#include "cli_process.hpp"
+#include "support/cli_process.hpp"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
