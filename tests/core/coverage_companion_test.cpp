@@ -4,7 +4,7 @@
 #include "coverage/coverage_writers.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/data_folder.hpp"
-#include "run_fakes.hpp"
+#include "support/run_fakes.hpp"
 #include "support/scratch_folder.hpp"
 #include "text/string_encode.hpp"
 

@@ -1,4 +1,4 @@
-#include "cli_process.hpp"
+#include "support/cli_process.hpp"
 #include "support/cobertura_dtd.hpp"
 
 #include <gmock/gmock.h>
