@@ -87,6 +87,9 @@ struct language_case {
     const char* branches_hit;
     unsigned then_line; // reached by both runs
     unsigned long then_hits;
+    friend void PrintTo(const language_case& a_case, std::ostream* a_out) {
+        *a_out << a_case.plugin;
+    }
 };
 
 class coverage_per_language : public coverage_companion_test,
