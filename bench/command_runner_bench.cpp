@@ -36,8 +36,7 @@ void run_command_true(benchmark::State& a_state) {
     std::vector<char> std_output;
     std::vector<char> std_error;
     for (auto _ : a_state) {
-        const int result =
-            qiro_plugin::utility::run_command("true", {}, std_output, std_error, true);
+        int result = qiro_plugin::utility::run_command("true", {}, std_output, std_error, true);
         if (result != 0) {
             a_state.SkipWithError("run_command failed");
             break;
@@ -50,8 +49,8 @@ void run_command_small_output(benchmark::State& a_state) {
     std::vector<char> std_output;
     std::vector<char> std_error;
     for (auto _ : a_state) {
-        const int result = qiro_plugin::utility::run_command("echo syntax ok; echo warn >&2", {},
-                                                             std_output, std_error, true);
+        int result = qiro_plugin::utility::run_command("echo syntax ok; echo warn >&2", {},
+                                                       std_output, std_error, true);
         benchmark::DoNotOptimize(result);
         benchmark::DoNotOptimize(std_output.data());
     }
@@ -62,7 +61,7 @@ void run_command_large_output(benchmark::State& a_state) {
     std::vector<char> std_output;
     std::vector<char> std_error;
     for (auto _ : a_state) {
-        const int result = qiro_plugin::utility::run_command(line, {}, std_output, std_error, true);
+        int result = qiro_plugin::utility::run_command(line, {}, std_output, std_error, true);
         benchmark::DoNotOptimize(result);
     }
     a_state.SetBytesProcessed(static_cast<std::int64_t>(a_state.iterations()) * a_state.range(0));

@@ -35,7 +35,7 @@ const diagnosis::run_evidence& sample_evidence() {
         debugger::pane_text_sink panes;
         no_alerts alerts;
         debugger::debug_runner runner(panes, alerts);
-        const auto report = runner.run(processing_request(
+        const auto report = runner.run(debugger::processing_request(
             {utf16_string(folder.begin(), folder.end()), u"sample_python.py"}, u"変換"));
         fs::remove_all(home);
         if (report.candidates.empty()) {

@@ -130,18 +130,6 @@ sub create_item {
     return $xml;
 }
 
-# 文書を UTF-8 のバイト列にする。サロゲートの片割れや Unicode の範囲を超える文字は
-# UTF-8 では書けないので "?" に置き換える (Python ブリッジの "replace" と同じ結果)。
-# そのまま書くと受け取る側の UTF-8 変換が失敗し、実行全体が失敗になる。
-# そうした文字の先頭バイトは ED か F4 以上なので、それがあるときだけ文字を調べ直す。
-sub encode_text {
-    my ($text) = @_;
-    my $bytes = Encode::encode_utf8($text);
-    return $bytes unless ($bytes =~ /[\xED\xF4-\xFF]/);
-    $text =~ s/[^\x{0}-\x{D7FF}\x{E000}-\x{10FFFF}]/?/g;
-    return Encode::encode_utf8($text);
-}
-
 sub create_xml {
     my ($data) = @_;
     my $xml = '<?xml version="1.0" encoding="UTF-8" ?>' . "\n\n<itemlist>\n";
@@ -202,7 +190,7 @@ if ($method eq 'run_process') {
         exit(0);
     }
     my %result = $entry->(make_request('composition_string', 'reading_string'));
-    print encode_text(create_xml(\%result));
+    print Encode::encode_utf8(create_xml(\%result));
 }
 elsif ($method eq 'run_preference') {
     if (scalar(@ARGV) != 3) {

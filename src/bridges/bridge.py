@@ -195,9 +195,10 @@ def main():
             write_text("error : run_process() argument error.")
             return
         xml = create_xml(entry(make_request("composition_string", "reading_string")))
-        # プラグイン自身の出力を先に書き出してから文書を UTF-8 で書く
+        # プラグイン自身の出力を先に書き出してから文書を UTF-8 で書く。
+        # サロゲートの片割れは置き換えずにそのままのバイト列 (ED A0 80 など) で書く。
         sys.stdout.flush()
-        sys.stdout.buffer.write(xml.encode("utf-8", "replace"))
+        sys.stdout.buffer.write(xml.encode("utf-8", "surrogatepass"))
         sys.stdout.buffer.flush()
     elif method == "run_preference":
         if len(sys.argv) != 4:

@@ -150,8 +150,9 @@ update_expectations(cases_file& a_file,
 
 std::string write_cases_document(const fs::path& a_path, const json& a_document) {
     const std::string text = a_document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
-    std::string temporary =
-        (a_path.parent_path() / ("." + a_path.filename().string() + ".XXXXXX")).string();
+    std::string name = ".";
+    name.append(a_path.filename().string()).append(".XXXXXX");
+    std::string temporary = (a_path.parent_path() / name).string();
     const int descriptor = ::mkstemp(temporary.data());
     if (descriptor < 0) {
         return "cannot write beside " + a_path.string() + ": " + std::strerror(errno);

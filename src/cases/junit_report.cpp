@@ -41,7 +41,8 @@ std::string attribute(const char* a_name, const std::string& a_value) {
 std::string problem_text(const file_problem& a_problem, const cases_file& a_file) {
     std::string text = a_file.path.string();
     if (a_problem.line > 0) {
-        text += ":" + std::to_string(a_problem.line) + ":" + std::to_string(a_problem.column);
+        text.append(":").append(std::to_string(a_problem.line));
+        text.append(":").append(std::to_string(a_problem.column));
     }
     return text + ": " + a_problem.message;
 }

@@ -16,9 +16,9 @@ void print_findings(std::ostream& a_out, const std::vector<diagnosis::finding>& 
     for (const auto& item : a_findings) {
         std::string place = item.file ? *item.file : std::string("qiro-lumen");
         if (item.file && item.line) {
-            place += ":" + std::to_string(*item.line);
+            place.append(":").append(std::to_string(*item.line));
             if (item.column) {
-                place += ":" + std::to_string(*item.column);
+                place.append(":").append(std::to_string(*item.column));
             }
         }
         a_out << place << ": " << diagnosis::severity_name(item.level) << ": " << item.message

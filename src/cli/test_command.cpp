@@ -142,7 +142,8 @@ void print_problems(const cases_file& a_file) {
     for (const auto& problem : a_file.problems) {
         std::string place = a_file.path.string();
         if (problem.line > 0) {
-            place += ":" + std::to_string(problem.line) + ":" + std::to_string(problem.column);
+            place.append(":").append(std::to_string(problem.line));
+            place.append(":").append(std::to_string(problem.column));
         }
         std::cerr << place << ": error: " << problem.message << '\n';
     }

@@ -14,7 +14,7 @@ std::vector<std::string> editor_command(const std::string& a_file, std::uint32_t
             command.push_back(word);
         }
         if (!command.empty()) {
-            command.push_back("+" + std::to_string(a_line));
+            command.push_back(std::string("+").append(std::to_string(a_line)));
             command.push_back(a_file);
             break;
         }

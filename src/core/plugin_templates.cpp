@@ -307,7 +307,7 @@ std::string preference_template_text(std::string_view a_name) {
 
 created_plugin create_plugin_from_template(const std::filesystem::path& a_folder,
                                            template_language a_language, std::string a_name) {
-    const std::string extension = "." + std::string(template_extension(a_language));
+    const std::string extension = std::string(".").append(template_extension(a_language));
     if (a_name.size() > extension.size() &&
         a_name.compare(a_name.size() - extension.size(), extension.size(), extension) == 0) {
         a_name.resize(a_name.size() - extension.size());

@@ -7,8 +7,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace qiro_plugin::diagnosis {
 
@@ -17,6 +21,14 @@ namespace {
 // The run result reader refuses longer documents.
 constexpr std::uint64_t document_limit = 10'485'760;
 constexpr double slow_margin_ms = 100.0;
+// Bounds of cpu_time_scale(): a measurement outside them says more about the clock than about
+// the processor.
+constexpr double min_scale = 0.1;
+constexpr double max_scale = 10.0;
+// The processor time of calibration_work() on the reference machine, where the expected start
+// times were measured.
+constexpr double calibration_reference_ms = 0.51;
+constexpr int calibration_rounds = 1000;
 // Only this many dropped candidates are listed one by one.
 constexpr std::size_t candidate_findings_limit = 10;
 
@@ -178,8 +190,10 @@ struct analysis {
             const char* what = a_command.stopped ? "timed_out.stopped" : "timed_out";
             std::string hint = a_command.stopped ? std::string() : say("timed_out.hint");
             if (!a_command.std_error.empty()) {
-                hint += (hint.empty() ? "" : "\n") +
-                        say("timed_out.partial", {last_lines(a_command.std_error, 10)});
+                if (!hint.empty()) {
+                    hint += '\n';
+                }
+                hint += say("timed_out.partial", {last_lines(a_command.std_error, 10)});
             }
             add(codes::timed_out, severity::error,
                 say(what, {with_one_decimal(a_command.elapsed_ms / 1000.0)}), hint);
@@ -199,9 +213,18 @@ struct analysis {
         for (const auto& [stream, key] : {std::pair{&a_command.std_output, "stream.std_output"},
                                           std::pair{&a_command.std_error, "stream.std_error"}}) {
             if (const auto fault = find_utf8_fault(*stream)) {
+                // On standard output such a character most likely came from a returned string,
+                // which the bridge writes in the lax form, as the plug-in manager's did.
+                const bool on_output = stream == &a_command.std_output;
+                const char* hint = "not_utf8.hint";
+                if (on_output && fault->what == utf8_fault::kind::surrogate) {
+                    hint = "not_utf8.surrogate.hint";
+                } else if (on_output && fault->what == utf8_fault::kind::above_unicode) {
+                    hint = "not_utf8.above_unicode.hint";
+                }
                 add(codes::not_utf8, severity::error,
                     say("not_utf8", {say(key), std::to_string(fault->offset), fault->bad_bytes}),
-                    say("not_utf8.hint"))
+                    say(hint))
                     .offset = fault->offset;
             }
         }
@@ -413,9 +436,15 @@ struct analysis {
         }
         // Processor time, not elapsed time: a busy machine delays every start alike, while a
         // shim's extra work (a version manager resolving the version) shows as work done.
-        const double expected = expected_start_ms(m_evidence.language);
+        // Both scale with the machine: a start that is slow here may be normal on a processor
+        // three times slower, and a shim's work shrinks on one three times faster.
         const double spent = check.cpu_ms.value_or(0.0);
-        if (spent <= expected + slow_margin_ms) {
+        const double scale = m_evidence.cpu_time_scale.value_or(
+            spent > (expected_start_ms(m_evidence.language) + slow_margin_ms) * min_scale
+                ? cpu_time_scale()
+                : min_scale);
+        const double expected = expected_start_ms(m_evidence.language) * scale;
+        if (spent <= expected + slow_margin_ms * scale) {
             return;
         }
         const auto where = describe_interpreter(m_evidence.language);
@@ -478,6 +507,45 @@ std::string summarize(const std::vector<finding>& a_findings) {
         }
     }
     return {};
+}
+
+namespace {
+
+double thread_cpu_ms() {
+    timespec now{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) * 1000.0 + static_cast<double>(now.tv_nsec) / 1e6;
+}
+
+// Work done by the C library (number formatting and parsing), so that the figure does not
+// depend on how this program was compiled: optimized or not, with sanitizers or not.
+double calibration_work() {
+    char text[64];
+    double value = 1.0;
+    for (int round = 0; round < calibration_rounds; ++round) {
+        std::snprintf(text, sizeof text, "%.17g", value);
+        value = std::strtod(text, nullptr) * 1.000001 + 0.5;
+    }
+    return value;
+}
+
+double measure_cpu_time_scale() {
+    double best = std::numeric_limits<double>::infinity();
+    volatile double sink = 0;
+    // Short tries, the best of them: one that the scheduler interrupts comes back to cold caches.
+    for (int attempt = 0; attempt < 8; ++attempt) {
+        const double start = thread_cpu_ms();
+        sink = sink + calibration_work();
+        best = std::min(best, thread_cpu_ms() - start);
+    }
+    return std::clamp(best / calibration_reference_ms, min_scale, max_scale);
+}
+
+} // namespace
+
+double cpu_time_scale() {
+    static const double scale = measure_cpu_time_scale();
+    return scale;
 }
 
 double expected_start_ms(const std::string& a_language) {

@@ -12,7 +12,7 @@ struct entry {
     std::string_view japanese;
 };
 
-constexpr std::array<entry, 51> table{{
+constexpr std::array<entry, 53> table{{
     {"no_language.extension", "{0} is not a plug-in file: its name must end in .py, .rb or .pl.",
      "{0} はプラグインファイルではありません。名前の末尾を .py、.rb、.pl "
      "のいずれかにしてください。"},
@@ -73,6 +73,22 @@ constexpr std::array<entry, 51> table{{
      "returned.",
      "UTF-8 だけを出力してください。Shift_JIS や EUC-JP "
      "の文字列は出力する前、返す前に変換してください。"},
+    {"not_utf8.surrogate.hint",
+     "Likely a lone surrogate (U+D800 to U+DFFF) in a string the entry returned: half of a "
+     "pair, from text cut between the two halves or from an escape such as \\ud800. The "
+     "bridge writes it as these bytes and the input method refuses the whole document; keep "
+     "both halves of a pair together or drop the character.",
+     "エントリが返した文字列に、対になっていないサロゲート (U+D800 から U+DFFF) "
+     "があるようです。ペアの途中で切った文字列や \\ud800 のようなエスケープから生じます。"
+     "ブリッジはそれをこのバイト列のまま書き、入力メソッドは文書全体を受け付けません。"
+     "ペアの両方をそろえるか、その文字を取り除いてください。"},
+    {"not_utf8.above_unicode.hint",
+     "Likely a code point past U+10FFFF in a string the entry returned (Perl lets \\x{110000} "
+     "and above into a string). The bridge writes it as these bytes and the input method "
+     "refuses the whole document; drop the character.",
+     "エントリが返した文字列に U+10FFFF を超える符号位置があるようです (Perl では "
+     "\\x{110000} 以上も文字列に入ります)。ブリッジはそれをこのバイト列のまま書き、"
+     "入力メソッドは文書全体を受け付けません。その文字を取り除いてください。"},
     {"wrong_return_shape",
      "The entry returned {0}, not a mapping whose \"candidate\" holds a list.",
      "エントリが返したのは {0} で、「candidate」にリストを持つ対応表ではありません。"},

@@ -93,6 +93,9 @@ struct run_evidence {
     std::size_t candidate_count = 0;
     std::string error; // the exception text that ended the run
     std::optional<probe_evidence> probe;
+    // How much more processor time this machine needs than the reference one for the same work
+    // (cpu_time_scale()); unset, it is measured when a start is judged.
+    std::optional<double> cpu_time_scale;
 };
 
 } // namespace qiro_plugin::diagnosis

@@ -51,6 +51,39 @@ std::size_t sequence_length(std::string_view a_bytes, std::size_t a_at) {
     return length;
 }
 
+// Whether the bytes at a_at are one of the lax sequences of a surrogate (U+D800 to U+DFFF,
+// ED A0..BF xx) or of a code point past U+10FFFF (F4 90.. and the lead bytes above it).
+utf8_fault::kind lax_kind(std::string_view a_bytes, std::size_t a_at) {
+    const auto byte = [&](std::size_t a_index) {
+        return static_cast<unsigned char>(a_bytes[a_index]);
+    };
+    const unsigned char lead = byte(a_at);
+    std::size_t length = 0;
+    auto kind = utf8_fault::kind::invalid;
+    if (lead == 0xED && a_at + 1 < a_bytes.size() && byte(a_at + 1) >= 0xA0) {
+        length = 3;
+        kind = utf8_fault::kind::surrogate;
+    } else if ((lead == 0xF4 && a_at + 1 < a_bytes.size() && byte(a_at + 1) >= 0x90) ||
+               (lead >= 0xF5 && lead <= 0xF7)) {
+        length = 4;
+        kind = utf8_fault::kind::above_unicode;
+    } else if (lead >= 0xF8 && lead <= 0xFD) {
+        length = lead <= 0xFB ? 5 : 6;
+        kind = utf8_fault::kind::above_unicode;
+    } else {
+        return utf8_fault::kind::invalid;
+    }
+    if (a_at + length > a_bytes.size()) {
+        return utf8_fault::kind::invalid;
+    }
+    for (std::size_t index = 1; index < length; ++index) {
+        if (byte(a_at + index) < 0x80 || byte(a_at + index) > 0xBF) {
+            return utf8_fault::kind::invalid;
+        }
+    }
+    return kind;
+}
+
 std::uint32_t line_of(std::string_view a_text, std::size_t a_offset) {
     return static_cast<std::uint32_t>(
         1 +
@@ -81,6 +114,7 @@ std::optional<utf8_fault> find_utf8_fault(std::string_view a_bytes) {
         if (length == 0) {
             utf8_fault fault;
             fault.offset = at;
+            fault.what = lax_kind(a_bytes, at);
             const std::size_t end = std::min(a_bytes.size(), at + 4);
             for (std::size_t index = at; index < end; ++index) {
                 char hex[8];

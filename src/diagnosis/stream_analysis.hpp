@@ -11,8 +11,12 @@
 namespace qiro_plugin::diagnosis {
 
 struct utf8_fault {
+    // What the bytes are: no character at all, or a character that UTF-8 may not carry,
+    // written in the lax form that Perl and Python's "surrogatepass" use.
+    enum class kind { invalid, surrogate, above_unicode };
     std::uint64_t offset = 0; // of the first byte that does not belong
     std::string bad_bytes;    // up to four bytes from there, as "0x82 0xA0"
+    kind what = kind::invalid;
 };
 
 // The first place where the bytes are not UTF-8 (overlong forms, surrogates and values above

@@ -109,8 +109,17 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
         command = sandbox_command(*sandbox, folder.empty() ? current_folder() : folder, command);
     }
     const bool with_timeout = a_is_timeout && !commands_without_timeout();
-    auto child = detail::child_process::start(command, folder, std_output_fd, std_error_fd,
-                                              command_environment_block(environ));
+    const auto environment = command_environment_block(environ);
+    // A stop either comes before the child starts (and is not this command's) or reaches its
+    // recorded group and changes the count read here.
+    std::unique_ptr<detail::child_process> child;
+    std::uint64_t stops_before = 0;
+    {
+        const auto hold = detail::hold_stops();
+        child = detail::child_process::start(command, folder, std_output_fd, std_error_fd,
+                                             environment);
+        stops_before = detail::stop_count();
+    }
     if (!child) {
         return 1;
     }
@@ -124,9 +133,7 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     detail::output_stream std_error(std_error_fd, stream_limit);
     const auto hook = current_wait_hook();
 
-    // A stop ends the command as the time-out does, even when its streams closed in the
-    // meantime: the kill closes them at once.
-    const std::uint64_t stops_before = detail::stop_count();
+    // A stop ends the command as the time-out does.
     const auto stopped = [stops_before] { return detail::stop_count() != stops_before; };
     const auto end_early = [&](bool a_stopped) {
         if (a_report != nullptr) {
@@ -142,21 +149,26 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
         child->terminate(std_output, std_error);
         return 2;
     };
-    std::int32_t counter = 0;
-    while (!std_output.finished() || !std_error.finished()) {
+    for (std::int32_t counter = 0;; counter += pass_step) {
         // A pass lasts its full length unless both streams end within it.
         detail::wait_for_streams(std_output, std_error,
                                  std::chrono::steady_clock::now() + pass_length, true);
+        const bool closed = std_output.finished() && std_error.finished();
+        // The stop's kill closes the streams of the group, which ends the loop: the check after
+        // it decides then. Here only a stop whose streams stay open (something outside the
+        // group holds them, or the group went unrecorded).
+        if (!closed && stopped()) {
+            return end_early(true);
+        }
         if (hook && *hook) {
             (*hook)();
         }
-        if (stopped()) {
-            return end_early(true);
-        }
         if (with_timeout && counter > timeout_counter) {
-            return end_early(false);
+            return end_early(stopped());
         }
-        counter += pass_step;
+        if (closed) {
+            break;
+        }
     }
     if (stopped()) {
         return end_early(true);

@@ -62,6 +62,21 @@ std::optional<preference_value> from_dictionary(plist_t a_node, int a_depth) {
     return preference_value(std::move(entries));
 }
 
+// Whether an integer node holds a negative number, rather than one above 2^63-1 (both read
+// back as the same 64 bits).
+bool is_negative(plist_t a_node) {
+#if QIRO_PLIST_HAS_SIGNED_INT
+    return plist_int_val_is_negative(a_node) != 0;
+#else
+    // Before 2.3 libplist kept the sign but had no call to ask: plist_new_uint made signed
+    // nodes there, so a node equal to one of the same bits is the negative number.
+    std::uint64_t value = 0;
+    plist_get_uint_val(a_node, &value);
+    plist_handle as_signed(plist_new_uint(value));
+    return plist_compare_node_value(a_node, as_signed.get()) != 0;
+#endif
+}
+
 std::optional<preference_value> from_node(plist_t a_node, int a_depth) {
     if (a_node == nullptr || a_depth > max_depth) {
         return std::nullopt;
@@ -75,13 +90,8 @@ std::optional<preference_value> from_node(plist_t a_node, int a_depth) {
     case PLIST_UINT: {
         std::uint64_t value = 0;
         plist_get_uint_val(a_node, &value);
-        // libplist keeps whether an integer node is signed but has no call to ask: a large
-        // value is unsigned unless it equals the signed node of the same bits.
-        if (value > INT64_MAX) {
-            plist_handle as_signed(plist_new_uint(value));
-            if (plist_compare_node_value(a_node, as_signed.get()) == 0) {
-                return preference_value(value);
-            }
+        if (value > INT64_MAX && !is_negative(a_node)) {
+            return preference_value(value);
         }
         return preference_value(static_cast<std::int64_t>(value));
     }
@@ -118,25 +128,34 @@ std::optional<preference_value> from_node(plist_t a_node, int a_depth) {
     }
 }
 
-// A node for an integer above 2^63-1. plist_new_uint makes every node signed, so that such a
-// value would be written as a negative number; the parser makes unsigned ones.
-plist_t new_large_unsigned(std::uint64_t a_value) {
-    const std::string document =
-        "<plist version=\"1.0\"><integer>" + std::to_string(a_value) + "</integer></plist>";
+#if QIRO_PLIST_HAS_SIGNED_INT
+plist_t new_integer(const preference_value& a_value) {
+    const std::int64_t value = *a_value.get_integer();
+    return a_value.is_large_unsigned() ? plist_new_uint(static_cast<std::uint64_t>(value))
+                                       : plist_new_int(value);
+}
+#else
+// Before 2.3 plist_new_uint made every node signed, so that an integer above 2^63-1 would be
+// written as a negative number; the parser makes unsigned ones.
+plist_t new_integer(const preference_value& a_value) {
+    const auto value = static_cast<std::uint64_t>(*a_value.get_integer());
+    if (!a_value.is_large_unsigned()) {
+        return plist_new_uint(value);
+    }
+    std::string document = "<plist version=\"1.0\"><integer>";
+    document.append(std::to_string(value)).append("</integer></plist>");
     plist_t node = nullptr;
     plist_from_xml(document.data(), static_cast<std::uint32_t>(document.size()), &node);
     return node;
 }
+#endif
 
 plist_t to_node(const preference_value& a_value) {
     switch (a_value.get_kind()) {
     case preference_value::kind::boolean:
         return plist_new_bool(*a_value.get_boolean() ? 1 : 0);
     case preference_value::kind::integer:
-        if (a_value.is_large_unsigned()) {
-            return new_large_unsigned(static_cast<std::uint64_t>(*a_value.get_integer()));
-        }
-        return plist_new_uint(static_cast<std::uint64_t>(*a_value.get_integer()));
+        return new_integer(a_value);
     case preference_value::kind::real:
         return plist_new_real(*a_value.get_real());
     case preference_value::kind::string:
@@ -206,11 +225,15 @@ std::optional<std::string> write_plist(const preference_value& a_root, plist_for
     if (raw != nullptr && length != 0) {
         result.emplace(raw, length);
     }
+#if QIRO_PLIST_HAS_MEM_FREE
+    plist_mem_free(raw);
+#else
     if (a_format == plist_format::binary) {
         plist_to_bin_free(raw);
     } else {
         plist_to_xml_free(raw);
     }
+#endif
     return result;
 }
 

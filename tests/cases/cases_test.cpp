@@ -149,6 +149,7 @@ TEST(case_check, compares_what_the_case_names_and_says_what_differs) {
         {R"({"count": 2, "candidates": [{"hyoki": "一"}, {"hyoki": "二", "info": "m"}]})", &good,
          "", ""},
         {R"({"count": 3})", &good, "expected 3 candidates, got 2", ""},
+        {R"({"count": 1})", &good, "expected 1 candidates, got 2", ""},
         {R"({"candidates": [{"hyoki": "一"}]})", &good, "differ (match exact)",
          "  1. hyoki=\"一\"\n+ 2. hyoki=\"二\"\n"},
         {R"({"candidates": [{"hyoki": "一"}], "match": "prefix"})", &good, "", ""},

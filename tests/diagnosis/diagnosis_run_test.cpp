@@ -1,5 +1,6 @@
 #include "core/debug_runner.hpp"
 #include "core/pane_text_sink.hpp"
+#include "diagnosis/analyze.hpp"
 #include "platform/command_runner.hpp"
 #include "support/run_fakes.hpp"
 #include "support/scratch_folder.hpp"
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <future>
+#include <limits>
 #include <optional>
 
 namespace qiro_plugin::debugger {
@@ -108,20 +110,89 @@ TEST_F(diagnosis_run, each_mistake_gives_its_code_and_place_in_every_language) {
                    "no_language.txt");
 }
 
+// A lone surrogate (or in Perl a code point past U+10FFFF) in a returned string reaches the
+// output in the lax form, the document is refused as the input method refuses it, and the
+// diagnosis says where and why.
+TEST_F(diagnosis_run, characters_utf8_cannot_carry_fail_the_run_and_are_explained) {
+    const struct {
+        const char* file;
+        const char* bytes;
+        const char* cause;
+    } cases[] = {
+        {"lone_surrogate.py", "smile \xED\xA0\xBD", "lone surrogate"},
+        {"lone_surrogate.pl", "smile \xED\xA0\xBD", "lone surrogate"},
+        {"above_unicode.pl", "far \xF4\x90\x80\x80", "past U+10FFFF"},
+    };
+    for (const auto& [file, bytes, cause] : cases) {
+        const auto report = run(m_fixtures, file);
+        EXPECT_FALSE(report.document_parsed) << file;
+        EXPECT_TRUE(report.candidates.empty()) << file;
+        const auto at = report.run_std_output.find(bytes);
+        const finding* item = find(report, "not_utf8");
+        if (at == std::string::npos || item == nullptr) {
+            ADD_FAILURE() << file << ": " << report.run_std_output;
+            continue;
+        }
+        expect_finding(file, "not_utf8", {}, report, file);
+        // The fault starts after the word and its blank.
+        EXPECT_EQ(item->offset, at + std::string_view(bytes).find(' ') + 1) << file;
+        EXPECT_NE(item->hint.find(cause), std::string::npos) << file << ": " << item->hint;
+    }
+}
+
+// The bridge reads the first 100 candidates: the probe names the 101st and not the 100th.
+TEST_F(diagnosis_run, the_probe_drops_candidates_from_the_101st) {
+    for (const char* file : {"many_candidates.py", "many_candidates.rb", "many_candidates.pl"}) {
+        for (const int count : {100, 101}) {
+            ::setenv("QIRO_TEST_CANDIDATES", std::to_string(count).c_str(), 1);
+            const auto report = run(m_fixtures, file, probe_policy::always);
+            EXPECT_EQ(report.candidates.size(), 100U) << file << " " << count;
+            std::vector<std::string> dropped;
+            for (const auto& item : report.findings) {
+                if (item.code == "candidate_dropped") {
+                    dropped.push_back(item.message);
+                }
+            }
+            if (count == 100) {
+                EXPECT_TRUE(dropped.empty()) << file << ": " << dropped.front();
+            } else {
+                ASSERT_EQ(dropped.size(), 1U) << file;
+                EXPECT_NE(dropped.front().find("first 100 candidates"), std::string::npos)
+                    << file << ": " << dropped.front();
+            }
+        }
+    }
+    ::unsetenv("QIRO_TEST_CANDIDATES");
+}
+
 TEST_F(diagnosis_run, missing_and_slow_interpreters_are_named) {
     const fs::path empty = m_home.path() / "empty-bin";
     const fs::path shims = m_home.path() / "shim-bin";
     fs::create_directories(empty);
     fs::create_directories(shims);
     // A shim that works for a while before it starts the real interpreter, as a version
-    // manager's does.
+    // manager's does: twice what the check allows in the slowest-starting language, measured
+    // on this machine, so that the test holds on any processor.
+    const std::string loop = "i=0; while [ $i -lt $n ]; do i=$((i+1)); done";
+    const double sample_iterations = 20000;
+    double sample_ms = std::numeric_limits<double>::infinity();
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        std::vector<char> output;
+        std::vector<char> error;
+        utility::run_command_report report;
+        ASSERT_EQ(utility::run_command("n=20000; " + loop, {}, output, error, true, &report), 0);
+        ASSERT_TRUE(report.cpu_ms);
+        sample_ms = std::min(sample_ms, *report.cpu_ms);
+    }
+    const double allowed_ms =
+        (diagnosis::expected_start_ms("ruby") + 100.0) * diagnosis::cpu_time_scale();
+    const auto iterations =
+        static_cast<long>(2 * allowed_ms / std::max(sample_ms, 1.0) * sample_iterations);
     for (const auto& [command, real] :
          {std::pair{"perl", "/usr/bin/perl"}, std::pair{"ruby", "/usr/bin/ruby"},
           std::pair{"python", "/usr/bin/python3"}}) {
-        test_support::write_file(shims / command,
-                                 std::string("#!/bin/sh\ni=0\nwhile [ $i -lt 150000 ]; do "
-                                             "i=$((i+1)); done\nexec ") +
-                                     real + " \"$@\"\n");
+        test_support::write_file(shims / command, "#!/bin/sh\nn=" + std::to_string(iterations) +
+                                                      "; " + loop + "\nexec " + real + " \"$@\"\n");
         fs::permissions(shims / command, fs::perms::owner_all);
     }
     for (const auto& [folder, code] :

@@ -50,7 +50,12 @@ if [[ -x $programs/qiro-lumen-debugger ]]; then
     done
 fi
 
-for page in "$source_dir"/packaging/man/*.1; do
+# Rendered as installed: the build puts the version into the footer ("@" would otherwise be
+# read as groff's escape character while it scans .TH, as groff 1.23 does).
+for source in "$source_dir"/packaging/man/*.1; do
+    page=$scratch/$(basename "$source")
+    sed "s/@PROJECT_VERSION@/$version/g" "$source" >"$page"
+    grep -q '@[A-Z_]*@' "$page" && { echo "FAIL: $source: an unknown @VARIABLE@" >&2; failures=$((failures + 1)); }
     warnings=$(groff -man -ww -z -Tutf8 "$page" 2>&1)
     [[ -z $warnings ]] || { echo "FAIL: $page: $warnings" >&2; failures=$((failures + 1)); }
 done

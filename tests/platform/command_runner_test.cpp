@@ -102,12 +102,23 @@ TEST(command_runner, working_folder_is_honoured_empty_keeps_the_callers_missing_
 }
 
 TEST(command_runner, completion_waits_for_a_background_process_holding_the_pipe) {
+    platform_test::scratch_folder scratch;
+    const auto go = scratch.path() / "go";
     std::atomic<int> calls{0};
-    qiro_plugin::utility::set_run_command_wait_hook([&calls] { ++calls; });
-    // The shell exits at once; its background child keeps standard output open a while longer.
-    EXPECT_EQ(run("(sleep 1; echo late) & echo early").std_output, terminated("early\nlate\n"));
-    // The wait hook ran on each 100 ms pass meanwhile, and stops once removed.
-    EXPECT_GE(calls.load(), 5);
+    // The third pass lets the background child finish: the hook runs pass after pass meanwhile.
+    qiro_plugin::utility::set_run_command_wait_hook([&] {
+        if (++calls == 3) {
+            platform_test::write_file(go, "");
+        }
+    });
+    // The shell exits at once; its background child keeps standard output open until then.
+    EXPECT_EQ(run("(i=0; while [ ! -e '" + go.string() +
+                  "' ] && [ $i -lt 6000 ]; do sleep 0.01; i=$((i+1)); done; echo late) &"
+                  " echo early")
+                  .std_output,
+              terminated("early\nlate\n"));
+    EXPECT_GE(calls.load(), 3);
+    // Once removed, the hook is not called.
     qiro_plugin::utility::set_run_command_wait_hook(nullptr);
     calls = 0;
     run("sleep 0.2");
@@ -149,19 +160,49 @@ TEST(command_runner, no_process_is_left_behind_after_many_commands) {
     EXPECT_EQ(platform_test::processes_left(), 0u);
 }
 
+// Runs a_line on another thread without time-out, and hands it back once the command has
+// started and created a_ready.
+class background_command {
+public:
+    background_command(const std::string& a_line, const std::filesystem::path& a_ready) {
+        const auto started = qiro_plugin::utility::started_command_count();
+        m_runner = std::thread([this, a_line] {
+            m_outcome.result = run_command(a_line, {}, m_outcome.std_output, m_outcome.std_error,
+                                           false, &m_outcome.report);
+        });
+        m_ready = platform_test::eventually([&] {
+            return qiro_plugin::utility::started_command_count() != started &&
+                   std::filesystem::exists(a_ready);
+        });
+    }
+    ~background_command() {
+        if (m_runner.joinable()) {
+            qiro_plugin::utility::kill_running_commands();
+            m_runner.join();
+        }
+    }
+    bool ready() const { return m_ready; }
+    const run_outcome& finish() {
+        m_runner.join();
+        return m_outcome;
+    }
+
+private:
+    run_outcome m_outcome;
+    std::thread m_runner;
+    bool m_ready = false;
+};
+
 TEST(command_runner, killing_running_commands_ends_them_with_their_groups) {
+    platform_test::scratch_folder scratch;
+    const auto pid_file = scratch.path() / "pid";
     // A command without time-out whose shell and background child would both run for minutes.
-    std::atomic<pid_t> shell{0};
-    std::thread runner([&] {
-        std::vector<char> output;
-        std::vector<char> error;
-        run_command("echo $$; sleep 300 & sleep 300", {}, output, error, false);
-        shell = static_cast<pid_t>(std::atoi(text_of(output).c_str()));
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    background_command command("sleep 300 & echo $$ > '" + pid_file.string() + "'; sleep 300",
+                               pid_file);
+    ASSERT_TRUE(command.ready());
     qiro_plugin::utility::kill_running_commands();
-    runner.join();
-    ASSERT_GT(shell.load(), 0);
+    command.finish();
+    const auto shell = static_cast<pid_t>(std::stol(platform_test::read_file(pid_file)));
     EXPECT_EQ(platform_test::processes_left(shell), 0u);
     EXPECT_EQ(platform_test::processes_left(), 0u);
     // With nothing running it does nothing.
@@ -170,14 +211,13 @@ TEST(command_runner, killing_running_commands_ends_them_with_their_groups) {
 }
 
 TEST(command_runner, stopping_ends_a_command_as_its_time_out_would_even_without_one) {
-    run_outcome outcome;
-    std::thread runner([&] {
-        outcome.result = run_command("printf partial >&2; echo out; sleep 300", {},
-                                     outcome.std_output, outcome.std_error, false, &outcome.report);
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    platform_test::scratch_folder scratch;
+    const auto ready = scratch.path() / "ready";
+    background_command command(
+        "printf partial >&2; echo out; : > '" + ready.string() + "'; sleep 300", ready);
+    ASSERT_TRUE(command.ready());
     qiro_plugin::utility::stop_running_commands();
-    runner.join();
+    const auto& outcome = command.finish();
     EXPECT_EQ(outcome.result, 2);
     EXPECT_EQ(outcome.std_output, run_outcome{}.std_output);
     EXPECT_TRUE(outcome.report.timed_out && outcome.report.stopped);
@@ -187,6 +227,42 @@ TEST(command_runner, stopping_ends_a_command_as_its_time_out_would_even_without_
     const auto after = run("echo fine");
     EXPECT_EQ(after.result, 0);
     EXPECT_FALSE(after.report.stopped);
+}
+
+// The state letter of a process in /proc, or 0 once it is gone.
+char process_state(pid_t a_pid) {
+    const std::string stat = platform_test::read_file("/proc/" + std::to_string(a_pid) + "/stat");
+    const auto end = stat.rfind(')');
+    return end == std::string::npos || end + 2 >= stat.size() ? '\0' : stat[end + 2];
+}
+
+TEST(command_runner, a_stop_whose_kill_closed_the_streams_is_still_a_stop) {
+    platform_test::scratch_folder scratch;
+    const auto pid_file = scratch.path() / "pid";
+    bool waited = false;
+    // Stops from inside a pass once the child runs, and returns only when the kill has ended it:
+    // the next wait finds both streams closed, as when a stop lands just before they close.
+    qiro_plugin::utility::set_run_command_wait_hook([&] {
+        if (waited || !std::filesystem::exists(pid_file) ||
+            platform_test::read_file(pid_file).empty()) {
+            return;
+        }
+        const auto child = static_cast<pid_t>(std::stol(platform_test::read_file(pid_file)));
+        qiro_plugin::utility::stop_running_commands();
+        waited = platform_test::eventually([child] {
+            const char state = process_state(child);
+            return state == '\0' || state == 'Z';
+        });
+    });
+    const auto outcome =
+        run("printf partial >&2; echo $$ > '" + pid_file.string() + ".new'; mv '" +
+            pid_file.string() + ".new' '" + pid_file.string() + "'; exec sleep 300");
+    qiro_plugin::utility::set_run_command_wait_hook(nullptr);
+    ASSERT_TRUE(waited);
+    EXPECT_EQ(outcome.result, 2);
+    EXPECT_EQ(outcome.std_output, run_outcome{}.std_output);
+    EXPECT_TRUE(outcome.report.timed_out && outcome.report.stopped);
+    EXPECT_EQ(outcome.report.partial_std_error, "partial");
 }
 
 // Runs a command that never closes its outputs until the time-out: the outputs stay untouched,

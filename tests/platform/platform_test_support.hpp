@@ -67,4 +67,17 @@ inline std::size_t processes_left(pid_t a_group = 0) {
     return count_processes(a_group);
 }
 
+// Waits until a_condition holds; false if it still does not after a minute, which only bounds a
+// test that would otherwise hang.
+template <typename condition> bool eventually(condition a_condition) {
+    const auto give_up = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (!a_condition()) {
+        if (std::chrono::steady_clock::now() > give_up) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
 } // namespace platform_test

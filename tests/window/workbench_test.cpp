@@ -1,5 +1,6 @@
 #include "core/plugin_discovery.hpp"
 #include "core/plugin_templates.hpp"
+#include "settings/manager_preference_access.hpp"
 #include "window/alert_box.hpp"
 #include "window/candidate_preview.hpp"
 #include "window/cases_tab.hpp"
@@ -14,7 +15,6 @@
 #include "window/window_state.hpp"
 #include "window/window_translations.hpp"
 #include "window/workbench.hpp"
-#include "settings/manager_preference_access.hpp"
 
 #include <QAction>
 #include <QApplication>
@@ -193,19 +193,30 @@ private slots:
     }
 
     void stop_ends_a_hanging_run_while_other_input_waits() {
+        // The entry says when it has written both outputs and starts to hang.
+        const QByteArray hanging = path(QStringLiteral("hanging")).toUtf8();
         write("hang.py", "import sys, time\n"
                          "def qiro_plugin_run_process(request):\n"
                          "    print('before the stop', flush=True)\n"
                          "    print('on error', file=sys.stderr, flush=True)\n"
-                         "    time.sleep(60)\n"
-                         "    return {'candidate': []}\n");
+                         "    open('" +
+                             hanging +
+                             "', 'w').close()\n"
+                             "    time.sleep(60)\n"
+                             "    return {'candidate': []}\n");
         m_bench->open_folder(m_plugins.path());
-        QTimer::singleShot(400, this, [this] {
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, this, [&] {
+            if (!QFile::exists(QString::fromUtf8(hanging))) {
+                return;
+            }
+            poll.stop();
             QVERIFY(m_bench->stopper().is_running());
             QTest::keyClicks(reading(), QStringLiteral("y")); // held until the run ends
             QCOMPARE(reading()->text(), QString());
             QTest::keyClick(window(), Qt::Key_Escape);
         });
+        poll.start(20);
         QElapsedTimer clock;
         clock.start();
         run_with(QStringLiteral("hang.py"), QStringLiteral("x"));

@@ -24,6 +24,7 @@ sub run_process {
         if ($text eq 'bytes');
     # A lone surrogate, which JSON::PP refuses to decode.
     return ('candidate' => [ { 'hyoki' => "a\x{D800}b\x{DC00}" } ]) if ($text eq 'surrogate');
+    return ('candidate' => [ { 'hyoki' => "a\x{110000}" } ]) if ($text eq 'beyond');
     return %{ JSON::PP->new->decode($text) } if ($text =~ /\A\{/);
     return ('candidate' => [ map { { 'hyoki' => "$_=$request->{$_}",
                                      ($request->{$_} =~ /\A-?\d+\z/ ? ('info' => 'integer') : ()) } }
