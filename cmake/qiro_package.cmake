@@ -69,7 +69,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # proxy password is first read (shlibdeps cannot see it); without it the password reads as empty.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "perl, ruby, python3, python-is-python3, libsecret-1-0")
 # The proxy password lives in a Secret Service; without one it reads as empty. debugpy lets
-# --debug attach an editor to a Python plug-in; without it such a run is refused.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gnome-keyring, python3-debugpy")
+# --debug attach an editor to a Python plug-in; without it such a run is refused. The coverage
+# tools serve "test --coverage" only (Ruby's comes with ruby), and lcov its HTML report.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS
+    "gnome-keyring, python3-debugpy, python3-coverage, libdevel-cover-perl, lcov")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)

@@ -15,7 +15,7 @@ packages=(
     libxml2-dev libicu-dev zlib1g-dev liblzma-dev libplist-dev libsecret-1-dev libglib2.0-dev
     libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    perl ruby python3 python-is-python3 python3-debugpy
+    perl ruby python3 python-is-python3 python3-debugpy python3-coverage libdevel-cover-perl lcov
     dbus dbus-x11 gnome-keyring xvfb xauth xdotool fonts-ipafont-gothic
     dpkg-dev lintian desktop-file-utils appstream groff-base zsh bubblewrap skkdic
 )

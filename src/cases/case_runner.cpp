@@ -32,7 +32,7 @@ utf16_string utf16(const std::string& a_text) {
 
 case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
                   utility::sandbox_mode a_sandbox,
-                  const std::vector<std::shared_ptr<debugger::entry_companion>>& a_companions,
+                  std::vector<std::shared_ptr<debugger::entry_companion>> a_companions,
                   std::shared_ptr<utility::command_executor> a_executor) {
     debugger::pane_text_sink panes;
     recording_alerts alerts;
@@ -46,7 +46,7 @@ case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugi
         request.reading = utf16(a_case.reading);
         request.candidate = utf16(a_case.candidate);
         request.options.sandbox = a_sandbox;
-        request.options.companions = a_companions;
+        request.options.companions = std::move(a_companions);
         request.options.executor = std::move(a_executor);
         run.report = runner.run(request);
     } catch (const std::exception& error) {
@@ -104,8 +104,12 @@ std::vector<case_outcome> run_cases(const std::vector<case_job>& a_jobs,
                     }
                     worker = slot;
                 }
-                outcome.run = run_case(*job.the_case, job.file->plugin, a_options.sandbox,
-                                       a_options.companions, worker);
+                outcome.run =
+                    run_case(*job.the_case, job.file->plugin, a_options.sandbox,
+                             a_options.companions
+                                 ? a_options.companions()
+                                 : std::vector<std::shared_ptr<debugger::entry_companion>>{},
+                             worker);
                 if (worker) {
                     outcome.fast_fallback = worker->fallback_reason();
                 }

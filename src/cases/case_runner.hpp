@@ -31,18 +31,20 @@ struct case_outcome {
     std::string fast_fallback;
 };
 
-// The faithful run a case asks for: a fresh debug_runner with its own panes.
-// The executor, when given, is the fast mode's (a fork worker), never the faithful run's.
+// The faithful run a case asks for: a fresh debug_runner with its own panes; the companions
+// join its entry's command (a debugger, a coverage tool). The executor, when given, is the fast
+// mode's (a fork worker), never the faithful run's.
 case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
                   utility::sandbox_mode a_sandbox = utility::sandbox_mode::off,
-                  const std::vector<std::shared_ptr<debugger::entry_companion>>& a_companions = {},
+                  std::vector<std::shared_ptr<debugger::entry_companion>> a_companions = {},
                   std::shared_ptr<utility::command_executor> a_executor = nullptr);
 
 struct run_options {
     unsigned jobs = 0; // at most this many cases at once; 0: one per core
     utility::sandbox_mode sandbox = utility::sandbox_mode::off; // for every case's run
-    // Joined to every case's entry command (a debugger for the one case being debugged).
-    std::vector<std::shared_ptr<debugger::entry_companion>> companions;
+    // When set, called on the worker for each case: the companions of that case's run (a
+    // debugger for the one case being debugged, a coverage tool).
+    std::function<std::vector<std::shared_ptr<debugger::entry_companion>>()> companions;
     // The fast mode: each thread keeps a fork worker per plug-in (not with a sandbox).
     bool fast = false;
     // Called on the calling thread for each case in the order of the list, as soon as it and

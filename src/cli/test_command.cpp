@@ -6,13 +6,18 @@
 #include "cli/cli_support.hpp"
 #include "cli/debug_option.hpp"
 #include "cli/sandbox_option.hpp"
+#include "core/coverage_companion.hpp"
+#include "coverage/coverage_writers.hpp"
 #include "platform/command_runner.hpp"
 #include "text/string_encode.hpp"
 #include "text/utf8_text.hpp"
 
+#include "build_version.hpp"
+
 #include <CLI/CLI.hpp>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -173,6 +178,55 @@ bool wanted(const test_options& a_options, const cases::test_case& a_case) {
                a_options.case_names.end();
 }
 
+// Writes the tracefile and the Cobertura document, prints one line per plug-in; false when a
+// document could not be written or a plug-in's line coverage is below the threshold.
+bool report_coverage(const test_options& a_options,
+                     const debugger::coverage_collection& a_coverage) {
+    for (const auto& problem : a_coverage.problems()) {
+        std::cerr << "qiro-lumen: warning: " << problem << '\n';
+    }
+    const auto files = a_coverage.files();
+    const fs::path folder = a_options.coverage_folder;
+    std::error_code error;
+    fs::create_directories(folder, error);
+    const auto timestamp = std::chrono::duration_cast<std::chrono::milliseconds>(
+                               std::chrono::system_clock::now().time_since_epoch())
+                               .count();
+    bool good = true;
+    for (const auto& [name, text] :
+         {std::pair{"lcov.info", coverage::lcov_tracefile(files)},
+          std::pair{"cobertura.xml",
+                    coverage::cobertura_xml(files, build_info::version_text("qiro-lumen"),
+                                            static_cast<std::uint64_t>(timestamp))}}) {
+        std::ofstream file(folder / name, std::ios::binary | std::ios::trunc);
+        file << text;
+        file.close();
+        if (!file) {
+            print_error("cannot write " + (folder / name).string());
+            good = false;
+        }
+    }
+    for (const auto& file : files) {
+        const auto summary = coverage::summarize(file);
+        std::cout << coverage::summary_line(fs::path(file.path).filename().string(), summary)
+                  << '\n';
+        const double percent = summary.lines_found == 0
+                                   ? 100.0
+                                   : 100.0 * static_cast<double>(summary.lines_hit) /
+                                         static_cast<double>(summary.lines_found);
+        if (percent < a_options.fail_under) {
+            char text[160];
+            std::snprintf(text, sizeof text, "%s: %.1f %% of its lines reached, under %g %%",
+                          fs::path(file.path).filename().c_str(), percent, a_options.fail_under);
+            print_error(text);
+            good = false;
+        }
+    }
+    std::cout << "coverage: " << (folder / "lcov.info").string() << ", "
+              << (folder / "cobertura.xml").string() << '\n';
+    return good;
+}
+
 } // namespace
 
 // What a shell reports for a command ended by SIGINT.
@@ -224,6 +278,11 @@ int command_test(const test_options& a_options) {
         }
     }
 
+    if (!a_options.debug.empty() && !a_options.coverage_folder.empty()) {
+        print_error("--debug and --coverage do not combine: a debugger's pauses would be measured "
+                    "as the case's run");
+        return exit_bad_usage;
+    }
     if (!a_options.debug.empty() && jobs.size() != 1) {
         print_error("--debug debugs one case: name it with --case NAME");
         return exit_bad_usage;
@@ -232,12 +291,22 @@ int command_test(const test_options& a_options) {
     stop_session_on_termination_signals();
     cases::run_options options;
     if (auto debug = debug_companion_of(a_options.debug)) {
-        options.companions.push_back(std::move(debug));
+        options.companions = [debug] {
+            return std::vector<std::shared_ptr<debugger::entry_companion>>{debug};
+        };
     }
     options.sandbox = sandbox_mode_of(a_options.sandbox);
     options.fast = a_options.fast;
     options.jobs = a_options.jobs;
     options.stop = &g_interrupted;
+    // Each case's entry joins its language's coverage tool through its environment alone.
+    std::optional<debugger::coverage_collection> coverage;
+    if (!a_options.coverage_folder.empty()) {
+        options.companions = [&coverage] {
+            return std::vector<std::shared_ptr<debugger::entry_companion>>{coverage->companion()};
+        };
+        coverage.emplace();
+    }
     // A command started between the interrupt and its kill is ended here.
     options.on_wait = [] {
         if (g_interrupted) {
@@ -320,21 +389,22 @@ int command_test(const test_options& a_options) {
     }
 
     std::cout << passed << " passed, " << failed << " failed\n";
+    const bool coverage_good = !coverage || report_coverage(a_options, *coverage);
     if (bad_file || write_failed) {
         return exit_bad_usage;
     }
     if (a_options.update) {
         return exit_success;
     }
-    return failed == 0 ? exit_success : exit_not_run;
+    return failed == 0 && coverage_good ? exit_success : exit_not_run;
 }
 
 cli_command add_test_command(CLI::App& a_app) {
     auto options = std::make_shared<test_options>();
     auto* test = a_app.add_subcommand(
         "test", "Run the cases kept beside plug-ins (NAME.cases.json beside NAME.py) and report "
-                "which pass.\nExit status: 0 all passed; 1 a case failed; 2 bad usage or a bad "
-                "cases file.");
+                "which pass.\nExit status: 0 all passed; 1 a case failed (or, with --fail-under, a "
+                "plug-in's coverage is too low); 2 bad usage or a bad cases file.");
     test->add_option("PATH", options->paths,
                      "plug-ins, cases files or folders (default: the plug-in folder)");
     test->add_option("-j,--jobs", options->jobs, "cases run at once (default: one per core)")
@@ -351,6 +421,16 @@ cli_command add_test_command(CLI::App& a_app) {
     test->add_option("--plugin-folder", options->plugin_folder, plugin_folder_help);
     add_sandbox_option(*test, options->sandbox);
     add_debug_option(*test, options->debug);
+    auto* coverage = test->add_flag("--coverage{coverage}", options->coverage_folder,
+                                    "run each case under its language's coverage tool and write "
+                                    "DIR/lcov.info and DIR/cobertura.xml (default DIR: coverage)")
+                         ->option_text("[=DIR]");
+    test->add_option("--fail-under", options->fail_under,
+                     "with --coverage: fail when a plug-in's cases reach less than PERCENT of "
+                     "its lines")
+        ->check(CLI::Range(0.0, 100.0))
+        ->option_text("PERCENT")
+        ->needs(coverage);
     return {test, [options] { return command_test(*options); }};
 }
 

@@ -1,16 +1,26 @@
 #include "window/cases_tab.hpp"
 
 #include "cases/case_snapshot.hpp"
+#include "core/coverage_companion.hpp"
+#include "core/editor_command.hpp"
+#include "coverage/coverage_writers.hpp"
 #include "text/string_encode.hpp"
 
+#include <QCheckBox>
 #include <QColor>
 #include <QCoreApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTreeWidget>
+#include <QUrl>
 #include <QVBoxLayout>
 
 #include <map>
@@ -55,6 +65,9 @@ struct cases_tab::impl {
     std::unique_ptr<cases::cases_file> m_file;
     std::map<std::size_t, cases::case_outcome> m_outcomes;
     bool m_running = false;
+    // What the last run with coverage reached of the plug-in.
+    std::optional<coverage::file_coverage> m_coverage;
+    std::unique_ptr<QTemporaryDir> m_report_folder;
 };
 
 cases_tab::cases_tab(plugin_source a_selected, QWidget* a_parent)
@@ -74,19 +87,41 @@ cases_tab::cases_tab(plugin_source a_selected, QWidget* a_parent)
     m_run_selected_button = new QPushButton(tr("Run selected"), this);
     auto* reload_button = new QPushButton(tr("Reload"), this);
 
+    m_coverage_check = new QCheckBox(tr("Coverage"), this);
+    m_coverage_check->setObjectName(QStringLiteral("coverage_check"));
+    m_coverage_check->setToolTip(tr("Run each case under its language's coverage tool and show "
+                                    "which lines of the plug-in the cases reach."));
+    m_coverage_summary = new QLabel(this);
+    m_coverage_summary->setObjectName(QStringLiteral("coverage_summary"));
+    m_open_uncovered_button = new QPushButton(tr("First line not reached"), this);
+    m_open_uncovered_button->setObjectName(QStringLiteral("open_uncovered"));
+    m_open_report_button = new QPushButton(tr("HTML report"), this);
+    m_open_report_button->setObjectName(QStringLiteral("open_coverage_report"));
+    m_open_uncovered_button->setEnabled(false);
+    m_open_report_button->setEnabled(false);
+
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(m_run_all_button);
     buttons->addWidget(m_run_selected_button);
     buttons->addWidget(reload_button);
+    buttons->addWidget(m_coverage_check);
     buttons->addWidget(m_status, 1);
+    auto* coverage_row = new QHBoxLayout;
+    coverage_row->addWidget(m_coverage_summary, 1);
+    coverage_row->addWidget(m_open_uncovered_button);
+    coverage_row->addWidget(m_open_report_button);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(buttons);
+    layout->addLayout(coverage_row);
     layout->addWidget(m_list, 2);
     layout->addWidget(m_detail, 1);
 
     connect(m_run_all_button, &QPushButton::clicked, this, &cases_tab::run_all);
     connect(m_run_selected_button, &QPushButton::clicked, this, &cases_tab::run_selected);
     connect(reload_button, &QPushButton::clicked, this, &cases_tab::reload);
+    connect(m_open_uncovered_button, &QPushButton::clicked, this,
+            &cases_tab::open_first_line_not_reached);
+    connect(m_open_report_button, &QPushButton::clicked, this, &cases_tab::open_html_report);
     connect(m_list, &QTreeWidget::itemSelectionChanged, this, &cases_tab::show_detail);
     reload();
 }
@@ -101,6 +136,10 @@ void cases_tab::reload() {
     m_detail->clear();
     p_impl->m_outcomes.clear();
     p_impl->m_file.reset();
+    p_impl->m_coverage.reset();
+    m_coverage_summary->clear();
+    m_open_uncovered_button->setEnabled(false);
+    m_open_report_button->setEnabled(false);
     const auto plugin = p_impl->m_selected ? p_impl->m_selected() : std::nullopt;
     if (!plugin) {
         m_status->setText(tr("No plug-in selected."));
@@ -190,13 +229,109 @@ void cases_tab::run(const std::vector<std::size_t>& a_indexes) {
     };
     // The cases run on worker threads; this thread keeps the window painted meanwhile.
     options.on_wait = [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); };
+    std::optional<coverage_collection> measured;
+    if (m_coverage_check->isChecked()) {
+        measured.emplace();
+        options.companions = [&measured] {
+            return std::vector<std::shared_ptr<entry_companion>>{measured->companion()};
+        };
+    }
     cases::run_cases(jobs, options);
+    if (measured) {
+        show_coverage(*measured);
+    }
     p_impl->m_running = false;
     m_run_all_button->setEnabled(true);
     m_run_selected_button->setEnabled(true);
     m_status->setText(tr("%1 passed, %2 failed").arg(passed).arg(failed));
     show_detail();
     emit cases_finished(passed, failed);
+}
+
+void cases_tab::show_coverage(const coverage_collection& a_measured) {
+    const auto files = a_measured.files();
+    p_impl->m_coverage.reset();
+    if (files.size() == 1) {
+        p_impl->m_coverage = files.front();
+        m_coverage_summary->setText(
+            from_utf8(coverage::summary_line(path_of(p_impl->m_file->plugin).filename().string(),
+                                             coverage::summarize(files.front()))));
+    } else {
+        // Nothing measured: the runs were refused (the tool is missing) or left no data.
+        const auto problems = a_measured.problems();
+        m_coverage_summary->setText(problems.empty() ? tr("No coverage: see the cases' results.")
+                                                     : from_utf8(problems.front()));
+    }
+    m_open_uncovered_button->setEnabled(first_line_not_reached() > 0);
+    m_open_report_button->setEnabled(p_impl->m_coverage.has_value());
+}
+
+unsigned cases_tab::first_line_not_reached() const {
+    return p_impl->m_coverage ? coverage::first_line_not_reached(*p_impl->m_coverage) : 0;
+}
+
+void cases_tab::open_first_line_not_reached() {
+    const unsigned line = first_line_not_reached();
+    if (line == 0) {
+        return;
+    }
+    const std::string file = p_impl->m_coverage->path;
+    const auto command = editor_command(file, line);
+    if (!command.empty()) {
+        QStringList arguments;
+        for (std::size_t index = 1; index < command.size(); ++index) {
+            arguments << from_utf8(command[index]);
+        }
+        if (QProcess::startDetached(from_utf8(command.front()), arguments)) {
+            return;
+        }
+    }
+    QDesktopServices::openUrl(QUrl::fromLocalFile(from_utf8(file)));
+}
+
+QString cases_tab::write_html_report() {
+    if (!p_impl->m_coverage) {
+        return {};
+    }
+    if (!p_impl->m_report_folder) {
+        p_impl->m_report_folder = std::make_unique<QTemporaryDir>();
+    }
+    const QString folder = p_impl->m_report_folder->path();
+    const QString tracefile = folder + QStringLiteral("/lcov.info");
+    QFile file(tracefile);
+    const std::string text = coverage::lcov_tracefile({*p_impl->m_coverage});
+    if (!p_impl->m_report_folder->isValid() || !file.open(QIODevice::WriteOnly) ||
+        file.write(text.data(), static_cast<qint64>(text.size())) !=
+            static_cast<qint64>(text.size())) {
+        m_status->setText(tr("The coverage report could not be written."));
+        return {};
+    }
+    file.close();
+    QDir(folder + QStringLiteral("/html")).removeRecursively();
+    QProcess genhtml;
+    genhtml.setProcessChannelMode(QProcess::MergedChannels);
+    genhtml.start(QStringLiteral("genhtml"),
+                  {QStringLiteral("--branch-coverage"), QStringLiteral("--quiet"),
+                   QStringLiteral("--output-directory"), folder + QStringLiteral("/html"),
+                   tracefile});
+    if (!genhtml.waitForStarted()) {
+        m_status->setText(tr("genhtml is missing: install the Debian package lcov."));
+        return {};
+    }
+    if (!genhtml.waitForFinished(120000) || genhtml.exitCode() != 0) {
+        genhtml.kill();
+        m_status->setText(
+            tr("genhtml failed: %1").arg(QString::fromLocal8Bit(genhtml.readAll()).trimmed()));
+        return {};
+    }
+    return folder + QStringLiteral("/html/index.html");
+}
+
+void cases_tab::open_html_report() {
+    const QString index = write_html_report();
+    if (!index.isEmpty()) {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(index));
+    }
 }
 
 void cases_tab::show_detail() {

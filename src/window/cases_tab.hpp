@@ -10,12 +10,15 @@
 #include <memory>
 #include <optional>
 
+class QCheckBox;
 class QLabel;
 class QPlainTextEdit;
 class QPushButton;
 class QTreeWidget;
 
 namespace qiro_plugin::debugger {
+
+class coverage_collection;
 
 class cases_tab : public QWidget {
     Q_OBJECT
@@ -34,12 +37,27 @@ public:
 
     QTreeWidget* case_list() const { return m_list; }
     QPlainTextEdit* detail() const { return m_detail; }
+    // Ticked, each case's entry runs under its language's coverage tool.
+    QCheckBox* coverage_check() const { return m_coverage_check; }
+    // After a run with coverage: "my.py: 37 of 42 lines (88 %), 9 of 12 branches".
+    QLabel* coverage_summary() const { return m_coverage_summary; }
+    // The first line of the plug-in that no case of the last run with coverage reached; 0 when
+    // every line was reached or nothing was measured.
+    unsigned first_line_not_reached() const;
+    // Writes the last run's tracefile and makes its HTML report with genhtml in a folder of
+    // this tab's own (removed with it): the report's index.html, or empty with the reason in
+    // the status line.
+    QString write_html_report();
 
 public slots:
     // Reads the selected plug-in's cases file again; every case shows as not run.
     void reload();
     void run_all();
     void run_selected();
+    // Opens the plug-in in the editor at first_line_not_reached().
+    void open_first_line_not_reached();
+    // Opens write_html_report()'s index.html in the desktop's browser.
+    void open_html_report();
 
 signals:
     void cases_finished(int a_passed, int a_failed);
@@ -47,6 +65,7 @@ signals:
 private:
     void run(const std::vector<std::size_t>& a_indexes);
     void show_detail();
+    void show_coverage(const coverage_collection& a_measured);
 
     struct impl;
     std::unique_ptr<impl> p_impl;
@@ -55,6 +74,10 @@ private:
     QLabel* m_status = nullptr;
     QPushButton* m_run_all_button = nullptr;
     QPushButton* m_run_selected_button = nullptr;
+    QCheckBox* m_coverage_check = nullptr;
+    QLabel* m_coverage_summary = nullptr;
+    QPushButton* m_open_uncovered_button = nullptr;
+    QPushButton* m_open_report_button = nullptr;
 };
 
 } // namespace qiro_plugin::debugger

@@ -1,9 +1,13 @@
 #include "cases/case_runner.hpp"
-#include "window/cases_tab.hpp"
 #include "text/string_encode.hpp"
+#include "window/cases_tab.hpp"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QFileInfo>
+#include <QLabel>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTreeWidget>
 #include <QtTest>
@@ -60,6 +64,58 @@ private slots:
         selected.reset();
         tab.reload();
         QCOMPARE(tab.case_list()->topLevelItemCount(), 0);
+    }
+
+    void shows_the_coverage_of_a_run_and_opens_the_first_line_not_reached() {
+        QTemporaryDir home;
+        QTemporaryDir plugins;
+        qputenv("HOME", home.path().toUtf8());
+        qputenv("PATH", "/usr/bin:/bin");
+        for (const char* name : {"branchy_python.py", "branchy_python.cases.json"}) {
+            QVERIFY(QFile::copy(QStringLiteral(QIRO_TEST_DATA_DIR "/coverage/") + name,
+                                plugins.filePath(QString::fromUtf8(name))));
+        }
+        const std::string folder = plugins.path().toStdString() + "/";
+        const std::optional<debugger::plugin_entry> selected = debugger::plugin_entry{
+            string_encode::MultiByteFilePathToWideChar(folder.c_str()), u"branchy_python.py"};
+        debugger::cases_tab tab([&selected] { return selected; });
+        auto* open_uncovered = tab.findChild<QPushButton*>(QStringLiteral("open_uncovered"));
+        QVERIFY(open_uncovered != nullptr);
+
+        // Unticked, the cases run as they always did: nothing is measured.
+        tab.run_all();
+        QCOMPARE(tab.coverage_summary()->text(), QString());
+        QCOMPARE(tab.first_line_not_reached(), 0U);
+        QVERIFY(!open_uncovered->isEnabled());
+
+        tab.coverage_check()->setChecked(true);
+        tab.run_all();
+        QCOMPARE(tab.coverage_summary()->text(),
+                 QStringLiteral("branchy_python.py: 7 of 9 lines (77 %), 1 of 2 branches"));
+        QCOMPARE(tab.first_line_not_reached(), 8U);
+
+        // The editor gets "+LINE FILE", as the diagnosis list gives it.
+        const QString opened = home.filePath(QStringLiteral("opened"));
+        const QString editor = home.filePath(QStringLiteral("editor"));
+        QFile script(editor);
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write(("#!/bin/sh\necho \"$@\" > '" + opened + "'\n").toUtf8());
+        script.close();
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv("VISUAL", editor.toUtf8());
+        open_uncovered->click();
+        QTRY_VERIFY(QFileInfo(opened).size() > 0);
+        QFile written(opened);
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(written.readAll()),
+                 QStringLiteral("+8 ") + plugins.filePath(QStringLiteral("branchy_python.py")) +
+                     QLatin1Char('\n'));
+        qunsetenv("VISUAL");
+
+        if (QFile::exists(QStringLiteral("/usr/bin/genhtml"))) {
+            const QString index = tab.write_html_report();
+            QVERIFY(QFile::exists(index));
+        }
     }
 };
 
