@@ -1,4 +1,4 @@
-#include "cli_process.hpp"
+#include "support/cli_process.hpp"
 #include "support/process_scan.hpp"
 #include "support/scratch_folder.hpp"
 
