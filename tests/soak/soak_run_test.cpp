@@ -152,7 +152,7 @@ TEST_F(soak_run, a_plugin_with_threads_at_load_falls_back_to_faithful_runs_and_s
     EXPECT_NE(report.fallback_reason.find("threads"), std::string::npos) << report.fallback_reason;
     EXPECT_EQ(report.fast_count, 0u);
     EXPECT_EQ(report.outcomes[0].kind, "candidates");
-    expect_nothing_left("threads_at_load");
+    expect_nothing_left("threads_at_load.py");
 }
 
 TEST_F(soak_run, a_hang_times_out_in_a_fork_as_in_a_faithful_run) {
