@@ -25,6 +25,8 @@ constexpr double slow_margin_ms = 100.0;
 // the processor.
 constexpr double min_scale = 0.1;
 constexpr double max_scale = 10.0;
+// The fastest machine the start figures are meant to hold on, against the reference.
+constexpr double fastest_scale = 1.0 / 3.0;
 // The processor time of calibration_work() on the reference machine, where the expected start
 // times were measured.
 constexpr double calibration_reference_ms = 0.51;
@@ -439,10 +441,12 @@ struct analysis {
         // Both scale with the machine: a start that is slow here may be normal on a processor
         // three times slower, and a shim's work shrinks on one three times faster.
         const double spent = check.cpu_ms.value_or(0.0);
+        // The measurement costs a few milliseconds of processor time, so a start that would be
+        // quick even on a machine three times faster than the reference is not measured.
         const double scale = m_evidence.cpu_time_scale.value_or(
-            spent > (expected_start_ms(m_evidence.language) + slow_margin_ms) * min_scale
+            spent > (expected_start_ms(m_evidence.language) + slow_margin_ms) * fastest_scale
                 ? cpu_time_scale()
-                : min_scale);
+                : fastest_scale);
         const double expected = expected_start_ms(m_evidence.language) * scale;
         if (spent <= expected + slow_margin_ms * scale) {
             return;
