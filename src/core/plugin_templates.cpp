@@ -1,4 +1,5 @@
 #include "core/plugin_templates.hpp"
+#include "text/url_xml_escape.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -181,26 +182,6 @@ std::string replace_name(std::string_view a_template, std::string_view a_name) {
     return text;
 }
 
-std::string xml_escaped(std::string_view a_text) {
-    std::string escaped;
-    for (const char character : a_text) {
-        switch (character) {
-        case '&':
-            escaped += "&amp;";
-            break;
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        default:
-            escaped += character;
-        }
-    }
-    return escaped;
-}
-
 // The name goes into comments and string literals of three languages, so only characters
 // that can end neither are let through, besides being a plain file name.
 void check_name(const std::string& a_name) {
@@ -291,7 +272,7 @@ std::string plugin_template_text(template_language a_language, std::string_view 
 }
 
 std::string preference_template_text(std::string_view a_name) {
-    const std::string name = xml_escaped(a_name);
+    const std::string name = utility::escape_xml(a_name);
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
            "<plugin_preference>\n"
            "\t<name>" +

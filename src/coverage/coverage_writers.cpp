@@ -1,5 +1,7 @@
 #include "coverage/coverage_writers.hpp"
 
+#include "text/url_xml_escape.hpp"
+
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -13,38 +15,6 @@ std::string rate(std::size_t a_hit, std::size_t a_found) {
     std::snprintf(text, sizeof text, "%.4f",
                   a_found == 0 ? 1.0 : static_cast<double>(a_hit) / static_cast<double>(a_found));
     return text;
-}
-
-std::string attribute(const std::string& a_text) {
-    std::string escaped;
-    for (const char character : a_text) {
-        switch (character) {
-        case '&':
-            escaped += "&amp;";
-            break;
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        case '"':
-            escaped += "&quot;";
-            break;
-        case '\n':
-            escaped += "&#10;";
-            break;
-        case '\t':
-            escaped += "&#9;";
-            break;
-        case '\r':
-            escaped += "&#13;";
-            break;
-        default:
-            escaped += character;
-        }
-    }
-    return escaped;
 }
 
 std::string rates(const coverage_summary& a_summary) {
@@ -116,10 +86,11 @@ std::string cobertura_xml(const std::vector<file_coverage>& a_files, const std::
             "\" lines-valid=\"" + std::to_string(total.lines_found) + "\" branches-covered=\"" +
             std::to_string(total.branches_hit) + "\" branches-valid=\"" +
             std::to_string(total.branches_found) + "\" complexity=\"0\" version=\"" +
-            attribute(a_version) + "\" timestamp=\"" + std::to_string(a_timestamp) + "\">\n";
+            utility::escape_xml(a_version) + "\" timestamp=\"" + std::to_string(a_timestamp) +
+            "\">\n";
     text += "\t<sources>\n";
     for (const auto& [folder, files] : folders) {
-        text += "\t\t<source>" + attribute(folder) + "</source>\n";
+        text += "\t\t<source>" + utility::escape_xml(folder) + "</source>\n";
     }
     text += "\t</sources>\n\t<packages>\n";
     for (const auto& [folder, files] : folders) {
@@ -127,12 +98,12 @@ std::string cobertura_xml(const std::vector<file_coverage>& a_files, const std::
         for (const auto* file : files) {
             package = add(package, summarize(*file));
         }
-        text += "\t\t<package name=\"" + attribute(folder) + "\" " + rates(package) +
+        text += "\t\t<package name=\"" + utility::escape_xml(folder) + "\" " + rates(package) +
                 " complexity=\"0\">\n\t\t\t<classes>\n";
         for (const auto* file : files) {
             const std::string name = std::filesystem::path(file->path).filename().string();
-            text += "\t\t\t\t<class name=\"" + attribute(name) + "\" filename=\"" +
-                    attribute(name) + "\" " + rates(summarize(*file)) +
+            text += "\t\t\t\t<class name=\"" + utility::escape_xml(name) + "\" filename=\"" +
+                    utility::escape_xml(name) + "\" " + rates(summarize(*file)) +
                     " complexity=\"0\">\n\t\t\t\t\t<methods/>\n\t\t\t\t\t<lines>\n";
             const auto branches = branches_per_line(*file);
             for (const auto& [line, hits] : file->lines) {

@@ -103,4 +103,36 @@ utf16_string convert_control_character(const utf16_string& a_text) {
     return result;
 }
 
+std::string escape_xml(std::string_view a_text) {
+    std::string escaped;
+    for (const char character : a_text) {
+        switch (character) {
+        case '&':
+            escaped += "&amp;";
+            break;
+        case '<':
+            escaped += "&lt;";
+            break;
+        case '>':
+            escaped += "&gt;";
+            break;
+        case '"':
+            escaped += "&quot;";
+            break;
+        case '\n':
+            escaped += "&#10;";
+            break;
+        case '\t':
+            escaped += "&#9;";
+            break;
+        case '\r':
+            escaped += "&#13;";
+            break;
+        default:
+            escaped += character;
+        }
+    }
+    return escaped;
+}
+
 } // namespace qiro_plugin::utility
