@@ -77,7 +77,8 @@ utf16_string verdict_text(const run_verdict& a_verdict, text_language a_language
     utf16_string text = localized_text(a_verdict.key, a_language);
     // From the last value down, so that %1 never eats the 1 of %10.
     for (std::size_t index = a_verdict.arguments.size(); index > 0; --index) {
-        const std::string marker = "%" + std::to_string(index);
+        std::string marker(1, '%');
+        marker += std::to_string(index);
         const utf16_string placeholder(marker.begin(), marker.end());
         const utf16_string value = string_encode::to_utf16_marked(a_verdict.arguments[index - 1]);
         for (auto at = text.find(placeholder); at != utf16_string::npos;
