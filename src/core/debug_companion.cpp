@@ -186,18 +186,22 @@ struct debug_companion::impl {
         a_environment.variables.emplace_back("QIRO_LUMEN_DEBUG_PYTHON", trigger);
     }
 
-    void prepare_ruby(debug_endpoint& a_endpoint, utility::command_environment& a_environment) {
-        if (m_options.console) {
-            throw std::runtime_error("the terminal console is not offered for Ruby plug-ins; "
-                                     "attach an editor with --debug instead");
-        }
+    void prepare_ruby(const entry_context& a_context, debug_endpoint& a_endpoint,
+                      utility::command_environment& a_environment) {
         m_folder->write_file("qiro_lumen_debug.rb", support::helper_script("ruby"));
-        a_endpoint.port = support::available_loopback_port(m_options.port);
+        std::string trigger;
+        if (m_options.console) {
+            std::uint16_t interpreter_port = 0;
+            start_console(true, interpreter_port);
+            trigger = "console " + std::to_string(interpreter_port) + " " + a_context.plugin_path;
+        } else {
+            a_endpoint.port = support::available_loopback_port(m_options.port);
+            trigger = "dap " + std::to_string(a_endpoint.port);
+        }
         // RUBYOPT is split at blanks, RUBYLIB is not: the folder goes on RUBYLIB.
         set_keeping_original(a_environment, "RUBYLIB", m_folder->path(), ":");
         set_keeping_original(a_environment, "RUBYOPT", "-rqiro_lumen_debug", " ");
-        a_environment.variables.emplace_back("QIRO_LUMEN_DEBUG_RUBY",
-                                             "dap " + std::to_string(a_endpoint.port));
+        a_environment.variables.emplace_back("QIRO_LUMEN_DEBUG_RUBY", trigger);
     }
 
     void prepare_perl(const entry_context& a_context, debug_endpoint& a_endpoint,
@@ -241,7 +245,7 @@ struct debug_companion::impl {
             if (language == "python") {
                 prepare_python(a_context, endpoint, a_environment);
             } else if (language == "ruby") {
-                prepare_ruby(endpoint, a_environment);
+                prepare_ruby(a_context, endpoint, a_environment);
             } else {
                 prepare_perl(a_context, endpoint, a_environment);
             }

@@ -77,7 +77,14 @@ def _qiro_lumen_console(port, plugin_path):
     import socket
     connection = socket.create_connection(("127.0.0.1", port))
     stream = connection.makefile("rw", buffering=1, encoding="utf-8", errors="replace")
-    debugger = pdb.Pdb(stdin=stream, stdout=stream)
+    class Console(pdb.Pdb):
+        # The connection closes when the terminal does: the debugging ends, the run goes on.
+        def do_EOF(self, argument):
+            self.message("")
+            self.clear_all_breaks()
+            return self.do_continue(argument)
+
+    debugger = Console(stdin=stream, stdout=stream)
     debugger.use_rawinput = False
     target = os.path.realpath(plugin_path)
 

@@ -1,9 +1,11 @@
 # Written as qiro_lumen_debug.rb into a private folder on RUBYLIB and loaded through RUBYOPT
 # (-rqiro_lumen_debug) into the one command of a plug-in run that is debugged, before the
-# bridge runs. QIRO_LUMEN_DEBUG_RUBY holds "dap PORT": the debug library listens on
-# 127.0.0.1:PORT, and the bridge waits until an editor has attached and set its breakpoints.
-# The debug library would stop at the bridge's first line, and again on attach; an author would
-# have to get past both by hand, so neither stop is made: the first stop is a breakpoint.
+# bridge runs. QIRO_LUMEN_DEBUG_RUBY holds "dap PORT" (the debug library listens on
+# 127.0.0.1:PORT, and the bridge waits until an editor has attached and set its breakpoints) or
+# "console PORT PLUGIN" (the library's console talks over a connection to 127.0.0.1:PORT, which
+# the tool relays to the terminal). The debug library would stop at the bridge's first line, and
+# again on attach; an author would have to get past both by hand, so neither stop is made: the
+# first stop is a breakpoint, or for the console the plug-in's first line.
 
 module Qiro_lumen_debug
   def self.forget_self
@@ -58,9 +60,66 @@ module Qiro_lumen_debug
     DEBUGGER__.open_tcp(host: "127.0.0.1", port: port, nonstop: true)
     CONFIGURED.pop
   end
+
+  # The library's own console, reading and writing the relayed connection instead of the
+  # command's standard streams, which belong to the bridge and its result document.
+  def self.console_class
+    Class.new(DEBUGGER__::UI_LocalConsole) do
+      def initialize(connection)
+        @connection = connection
+      end
+
+      # No SIGINT hook: an interrupt of the terminal reaches the tool, which ends the run.
+      def activate(_session, on_fork: false)
+      end
+
+      def deactivate
+      end
+
+      def width
+        80
+      end
+
+      def ask(prompt)
+        @connection.write(prompt)
+        (@connection.gets || "").strip
+      end
+
+      def puts(text = nil)
+        lines = text.nil? ? [""] : Array(text).flat_map { |part| part.to_s.each_line.to_a }
+        lines.each { |line| @connection.write(line.chomp, "\n") }
+      end
+
+      # The connection closes when the terminal does: the debugging ends and the run goes on.
+      def readline(prompt = "(rdbg)")
+        @connection.write(prompt.end_with?(" ") ? prompt : prompt + " ")
+        line = @connection.gets
+        return line.strip unless line.nil?
+        DEBUGGER__::SESSION.delete_bp
+        "continue"
+      end
+    end
+  end
+
+  def self.console(port, plugin)
+    require "socket"
+    require "debug/session"
+    require "debug/local"
+    connection = TCPSocket.new("127.0.0.1", port)
+    connection.sync = true
+    DEBUGGER__::CONFIG.set_config(no_color: true)
+    DEBUGGER__.initialize_session(console_class.new(connection))
+    # Line 0 is the first line the file runs; the stop waits until the bridge loads the plug-in.
+    DEBUGGER__.add_line_breakpoint(File.realpath(plugin), 0, oneshot: true, hook_call: false)
+  end
 end
 
 Qiro_lumen_debug.then do |helper|
-  mode, port = helper.forget_self.to_s.split(" ", 2)
-  helper.open(Integer(port)) if mode == "dap"
+  mode, rest = helper.forget_self.to_s.split(" ", 2)
+  if mode == "dap"
+    helper.open(Integer(rest))
+  elsif mode == "console"
+    port, plugin = rest.split(" ", 2)
+    helper.console(Integer(port), plugin)
+  end
 end

@@ -4,8 +4,14 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <arpa/inet.h>
 #include <csignal>
+#include <fstream>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 namespace qiro_plugin::cli::testing {
 namespace {
@@ -40,6 +46,86 @@ TEST(cli_debug, an_interrupted_debugged_run_leaves_no_debugger_and_no_helper_fil
     EXPECT_EQ(test_support::processes_mentioning(sandbox.root().string()), 0);
     EXPECT_EQ(test_support::names_in(data), std::set<std::string>{"echo request"})
         << "the plug-in's settings folder alone: no bridge file, no helper's folder";
+}
+
+// A loopback port nothing listens on right now.
+std::uint16_t free_port() {
+    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(address);
+    ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address));
+    ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
+    ::close(fd);
+    return ntohs(address.sin_port);
+}
+
+// Connects to the port once something listens there, and sends "c" to each console prompt
+// until the debugger hangs up.
+void continue_console_until_closed(std::uint16_t a_port) {
+    int fd = -1;
+    ASSERT_TRUE(wait_for(
+        [&] {
+            fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+            sockaddr_in address{};
+            address.sin_family = AF_INET;
+            address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+            address.sin_port = htons(a_port);
+            if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0) {
+                return true;
+            }
+            ::close(fd);
+            return false;
+        },
+        60s));
+    std::string seen;
+    char chunk[4096];
+    for (ssize_t got = 0; (got = ::read(fd, chunk, sizeof(chunk))) > 0;) {
+        seen.append(chunk, static_cast<std::size_t>(got));
+        if (seen.find("DB<") != std::string::npos) {
+            seen.clear();
+            static_cast<void>(::send(fd, "c\n", 2, MSG_NOSIGNAL));
+        }
+    }
+    ::close(fd);
+}
+
+TEST(cli_debug, json_names_where_the_debugger_was_awaited_beside_the_plain_report) {
+    cli_sandbox sandbox;
+    test_support::write_file(sandbox.plugins() / "counts.pl",
+                             "package Qiro_plugin;\n"
+                             "sub run_process {\n"
+                             "    my ($request) = @_;\n"
+                             "    return { candidate => [ { hyoki => 'n' . length($request->{"
+                             "composition_string}) } ] };\n"
+                             "}\n"
+                             "1;\n");
+    const std::vector<std::string> plain = {"run", "--json", "--plugin-folder",
+                                            sandbox.plugins().string(), "counts.pl", "abc"};
+    auto expected = parse_json(sandbox.run(plain));
+    const std::uint16_t port = free_port();
+    auto debugged_arguments = plain;
+    debugged_arguments.insert(debugged_arguments.begin() + 1, "--debug=" + std::to_string(port));
+    const fs::path output = sandbox.root() / "debugged.json";
+    const pid_t program = sandbox.start(debugged_arguments, output);
+    ASSERT_GT(program, 0);
+    continue_console_until_closed(port);
+    int status = 0;
+    ASSERT_EQ(::waitpid(program, &status, 0), program);
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    std::ifstream file(output);
+    auto debugged = nlohmann::ordered_json::parse(file, nullptr, false);
+    ASSERT_TRUE(debugged.is_object());
+    EXPECT_EQ(debugged["debug"], (nlohmann::ordered_json{{"language", "perl"},
+                                                         {"host", "127.0.0.1"},
+                                                         {"port", port},
+                                                         {"protocol", "console"}}));
+    for (auto* report : {&expected, &debugged}) {
+        report->erase("debug");
+        report->erase("timings_ms");
+    }
+    EXPECT_EQ(debugged, expected) << "the rest is the plain run's report";
 }
 
 TEST(cli_debug, bad_ports_and_a_test_session_of_more_than_one_case_are_bad_usage) {

@@ -289,6 +289,51 @@ TEST_F(debug_companion_test, the_perl_console_sets_a_breakpoint_continues_and_pr
     EXPECT_EQ(left_files(), std::set<std::string>{});
 }
 
+// The terminal consoles of Python and Ruby, driven through a socket pair in place of /dev/tty:
+// the first stop is the plug-in's own first line, a breakpoint and a print work, and closing
+// the terminal lets the run end as a plain one.
+TEST_F(debug_companion_test, the_terminal_consoles_stop_in_the_plugin_and_end_when_closed) {
+    struct language {
+        const char* file;
+        const char* first_stop;
+        const char* breakpoint;
+        const char* stopped_at;
+        const char* print;
+        const char* printed;
+        const char* prompt;
+    };
+    for (const language& each :
+         {language{"candidates.py", "candidates.py(5)", "b 11", "candidates.py(11)",
+                   "p request['composition_string'] + first['info']", "'変換名詞'", "(Pdb) "},
+          language{"candidates.rb", "candidates.rb:2", "break 9", "candidates.rb:9",
+                   "p request[\"composition_string\"]", "=> \"変換\"", "(rdbg) "}}) {
+        SCOPED_TRACE(each.file);
+        const auto expected = plain_candidates(each.file);
+        int terminal[2];
+        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, terminal), 0);
+        port = {};
+        auto run = debug(each.file, {0, true, terminal[1], ::dup(terminal[1])});
+        std::string buffer;
+        const auto say = [&](const std::string& a_command) {
+            const std::string line = a_command + "\n";
+            static_cast<void>(::send(terminal[0], line.data(), line.size(), MSG_NOSIGNAL));
+            return read_until(terminal[0], buffer, each.prompt);
+        };
+        EXPECT_NE(read_until(terminal[0], buffer, each.prompt).find(each.first_stop),
+                  std::string::npos);
+        EXPECT_EQ(companion->endpoint()->protocol, "terminal");
+        say(each.breakpoint);
+        EXPECT_NE(say("c").find(each.stopped_at), std::string::npos);
+        EXPECT_NE(say(each.print).find(each.printed), std::string::npos);
+        ::close(terminal[0]);
+        const auto report = run.get();
+        EXPECT_EQ(report.result, run_report::outcome::completed);
+        EXPECT_EQ(report.candidate_list, expected);
+        EXPECT_EQ(report.run_std_error, "");
+        EXPECT_EQ(left_files(), std::set<std::string>{});
+    }
+}
+
 TEST_F(debug_companion_test, one_adapter_and_a_stop_with_no_client_leaves_no_process_and_no_file) {
     auto run = debug("candidates.py");
     ASSERT_NE(waiting_port(), 0);
