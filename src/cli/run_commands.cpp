@@ -72,9 +72,9 @@ int run_entry(const entry_options& a_options, debugger::run_request a_request) {
     const auto debug = debug_companion_of(a_options.debug);
     std::optional<deferred_termination> deferred;
     if (debug) {
+        // The probes' second run, after the debugged one, carries no debugger: the diagnosis
+        // is the plain run's.
         a_request.options.companions.push_back(debug);
-        // A second run of the plug-in, undebugged, would only confuse the one being watched.
-        a_request.options.probes = debugger::probe_policy::never;
         deferred.emplace();
     }
     debugger::pane_text_sink panes;

@@ -67,6 +67,9 @@ void continue_console_until_closed(std::uint16_t a_port) {
     int fd = -1;
     ASSERT_TRUE(wait_for(
         [&] {
+            if (fd != -1) {
+                return true;
+            }
             fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
             sockaddr_in address{};
             address.sin_family = AF_INET;
@@ -76,6 +79,7 @@ void continue_console_until_closed(std::uint16_t a_port) {
                 return true;
             }
             ::close(fd);
+            fd = -1;
             return false;
         },
         60s));
@@ -93,6 +97,8 @@ void continue_console_until_closed(std::uint16_t a_port) {
 
 TEST(cli_debug, json_names_where_the_debugger_was_awaited_beside_the_plain_report) {
     cli_sandbox sandbox;
+    // It returns a hash reference where the bridge wants a list, so that there is a diagnosis
+    // to compare too.
     test_support::write_file(sandbox.plugins() / "counts.pl",
                              "package Qiro_plugin;\n"
                              "sub run_process {\n"
