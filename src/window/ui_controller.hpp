@@ -74,6 +74,10 @@ private:
     ui_controller();
     void awake_from_nib();
     void fill_menu();
+    // Clears the status line and the diagnosis list of the last run shown.
+    void forget_shown_run();
+    // The same, when another plug-in than the one that ran is chosen now.
+    void forget_other_plugins_run();
     // One line under the panes on how the run went: language, candidates, timings.
     void show_run_summary(const run_report& a_report, const QString& a_file_name);
     void start_progress() override;
