@@ -6,6 +6,7 @@
 #include "coverage/coverage_writers.hpp"
 #include "text/string_encode.hpp"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QColor>
 #include <QCoreApplication>
@@ -15,6 +16,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -83,33 +85,37 @@ cases_tab::cases_tab(plugin_source a_selected, QWidget* a_parent)
     m_detail->setObjectName(QStringLiteral("case_detail"));
     m_detail->setReadOnly(true);
     m_status = new QLabel(this);
-    m_run_all_button = new QPushButton(tr("Run all"), this);
-    m_run_selected_button = new QPushButton(tr("Run selected"), this);
-    auto* reload_button = new QPushButton(tr("Reload"), this);
+    m_run_all_button = new QPushButton(tr("Run &all"), this);
+    m_run_selected_button = new QPushButton(tr("Run selec&ted"), this);
 
-    m_coverage_check = new QCheckBox(tr("Coverage"), this);
+    m_coverage_check = new QCheckBox(tr("Co&verage"), this);
     m_coverage_check->setObjectName(QStringLiteral("coverage_check"));
     m_coverage_check->setToolTip(tr("Run each case under its language's coverage tool and show "
                                     "which lines of the plug-in the cases reach."));
     m_coverage_summary = new QLabel(this);
     m_coverage_summary->setObjectName(QStringLiteral("coverage_summary"));
-    m_open_uncovered_button = new QPushButton(tr("First line not reached"), this);
-    m_open_uncovered_button->setObjectName(QStringLiteral("open_uncovered"));
-    m_open_report_button = new QPushButton(tr("HTML report"), this);
-    m_open_report_button->setObjectName(QStringLiteral("open_coverage_report"));
-    m_open_uncovered_button->setEnabled(false);
-    m_open_report_button->setEnabled(false);
+    // Both ways to look at the coverage sit behind one button, so that the tab's controls
+    // leave letters enough for the window's own mnemonics.
+    m_coverage_button = new QPushButton(tr("&Coverage report"), this);
+    m_coverage_button->setObjectName(QStringLiteral("coverage_report"));
+    auto* coverage_menu = new QMenu(m_coverage_button);
+    m_open_uncovered = coverage_menu->addAction(tr("&First Line Not Reached"));
+    m_open_uncovered->setObjectName(QStringLiteral("open_uncovered"));
+    m_open_report = coverage_menu->addAction(tr("&HTML Report"));
+    m_open_report->setObjectName(QStringLiteral("open_coverage_report"));
+    m_coverage_button->setMenu(coverage_menu);
+    m_open_uncovered->setEnabled(false);
+    m_open_report->setEnabled(false);
+    m_coverage_button->setEnabled(false);
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(m_run_all_button);
     buttons->addWidget(m_run_selected_button);
-    buttons->addWidget(reload_button);
     buttons->addWidget(m_coverage_check);
     buttons->addWidget(m_status, 1);
     auto* coverage_row = new QHBoxLayout;
     coverage_row->addWidget(m_coverage_summary, 1);
-    coverage_row->addWidget(m_open_uncovered_button);
-    coverage_row->addWidget(m_open_report_button);
+    coverage_row->addWidget(m_coverage_button);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(buttons);
     layout->addLayout(coverage_row);
@@ -118,10 +124,8 @@ cases_tab::cases_tab(plugin_source a_selected, QWidget* a_parent)
 
     connect(m_run_all_button, &QPushButton::clicked, this, &cases_tab::run_all);
     connect(m_run_selected_button, &QPushButton::clicked, this, &cases_tab::run_selected);
-    connect(reload_button, &QPushButton::clicked, this, &cases_tab::reload);
-    connect(m_open_uncovered_button, &QPushButton::clicked, this,
-            &cases_tab::open_first_line_not_reached);
-    connect(m_open_report_button, &QPushButton::clicked, this, &cases_tab::open_html_report);
+    connect(m_open_uncovered, &QAction::triggered, this, &cases_tab::open_first_line_not_reached);
+    connect(m_open_report, &QAction::triggered, this, &cases_tab::open_html_report);
     connect(m_list, &QTreeWidget::itemSelectionChanged, this, &cases_tab::show_detail);
     reload();
 }
@@ -138,8 +142,9 @@ void cases_tab::reload() {
     p_impl->m_file.reset();
     p_impl->m_coverage.reset();
     m_coverage_summary->clear();
-    m_open_uncovered_button->setEnabled(false);
-    m_open_report_button->setEnabled(false);
+    m_open_uncovered->setEnabled(false);
+    m_open_report->setEnabled(false);
+    m_coverage_button->setEnabled(false);
     const auto plugin = p_impl->m_selected ? p_impl->m_selected() : std::nullopt;
     if (!plugin) {
         m_status->setText(tr("No plug-in selected."));
@@ -262,8 +267,9 @@ void cases_tab::show_coverage(const coverage_collection& a_measured) {
         m_coverage_summary->setText(problems.empty() ? tr("No coverage: see the cases' results.")
                                                      : from_utf8(problems.front()));
     }
-    m_open_uncovered_button->setEnabled(first_line_not_reached() > 0);
-    m_open_report_button->setEnabled(p_impl->m_coverage.has_value());
+    m_open_uncovered->setEnabled(first_line_not_reached() > 0);
+    m_open_report->setEnabled(p_impl->m_coverage.has_value());
+    m_coverage_button->setEnabled(m_open_uncovered->isEnabled() || m_open_report->isEnabled());
 }
 
 unsigned cases_tab::first_line_not_reached() const {

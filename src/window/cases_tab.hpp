@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 
+class QAction;
 class QCheckBox;
 class QLabel;
 class QPlainTextEdit;
@@ -76,8 +77,9 @@ private:
     QPushButton* m_run_selected_button = nullptr;
     QCheckBox* m_coverage_check = nullptr;
     QLabel* m_coverage_summary = nullptr;
-    QPushButton* m_open_uncovered_button = nullptr;
-    QPushButton* m_open_report_button = nullptr;
+    QPushButton* m_coverage_button = nullptr;
+    QAction* m_open_uncovered = nullptr;
+    QAction* m_open_report = nullptr;
 };
 
 } // namespace qiro_plugin::debugger

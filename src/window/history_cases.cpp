@@ -76,11 +76,11 @@ cases_tab* add_cases_tab(ui_controller& a_controller, workbench& a_bench) {
     auto* cases =
         new cases_tab([&a_controller] { return a_controller.menu_model().selected_plugin(); });
     const Ui::main_window& form = a_controller.form();
-    form.m_result_tabs->addTab(cases, tr("Cases"));
+    form.m_result_tabs->addTab(cases, tr("Cas&es"));
     // Connected after the controller's own handlers, so the tab reads the new selection.
-    QObject::connect(form.m_loaded_plusins_popup_button, &QComboBox::activated, cases,
-                     &cases_tab::reload);
-    QObject::connect(form.m_reload_button, &QPushButton::clicked, cases, &cases_tab::reload);
+    // Every way the menu changes (Reload, F5, another plug-in or folder, the folder watch)
+    // reads the cases again, so the tab needs no Reload of its own.
+    QObject::connect(&a_bench, &workbench::selection_changed, cases, &cases_tab::reload);
     connect_history(a_bench.history(), *cases);
     // Connected after the workbench's own re-run, which blocks until the plug-in has ended, so
     // the cases start after it and never inside it.

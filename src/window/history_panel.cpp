@@ -144,7 +144,7 @@ history_panel::history_panel(QTabWidget* a_tabs) : QObject(a_tabs) {
     m_details = new QTextBrowser(page);
     m_details->setObjectName(QStringLiteral("m_history_details"));
     m_details->setOpenLinks(false);
-    a_tabs->addTab(page, tr("&History"));
+    a_tabs->addTab(page, tr("Histor&y"));
     connect(m_list, &QListWidget::itemSelectionChanged, this, &history_panel::show_selection);
 }
 

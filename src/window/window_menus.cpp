@@ -48,7 +48,8 @@ window_menus make_window_menus(QMainWindow* a_window) {
     menus.quit = add(file, "action_quit", QT_TRANSLATE_NOOP("window_menus", "&Quit"),
                      QKeySequence(Qt::CTRL | Qt::Key_Q));
 
-    QMenu* run = bar->addMenu(text(QT_TRANSLATE_NOOP("window_menus", "&Run")));
+    QMenu* run = bar->addMenu(text(QT_TRANSLATE_NOOP("window_menus", "R&un")));
+    menus.run_menu = run;
     menus.run = add(run, "action_run", QT_TRANSLATE_NOOP("window_menus", "&Run"),
                     QKeySequence(Qt::CTRL | Qt::Key_Return));
     menus.callback = add(run, "action_callback", QT_TRANSLATE_NOOP("window_menus", "&Callback"));

@@ -4,6 +4,7 @@
 #include <QObject>
 
 class QAction;
+class QMenu;
 class QMainWindow;
 
 namespace qiro_plugin::debugger {
@@ -25,6 +26,7 @@ struct window_menus {
     QAction* run_on_save = nullptr;
     QAction* readme = nullptr;
     QAction* about = nullptr;
+    QMenu* run_menu = nullptr;
 };
 
 // Adds the menus to the window's menu bar; the caller connects the actions.

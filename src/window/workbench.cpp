@@ -7,6 +7,7 @@
 #include "core/run_verdict.hpp"
 #include "ui_main_window.h"
 #include "window/candidate_preview.hpp"
+#include "window/diagnosis_list.hpp"
 #include "window/folder_watch.hpp"
 #include "window/history_panel.hpp"
 #include "window/keyring_probe.hpp"
@@ -33,6 +34,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSplitter>
@@ -226,6 +228,7 @@ workbench::workbench(ui_controller& a_controller)
     connect(menus.readme, &QAction::triggered, this, &workbench::show_readme);
     connect(menus.about, &QAction::triggered, this, &workbench::show_about);
     menus.stop->setEnabled(false);
+    menus.run_menu->insertMenu(menus.run_on_save, a_controller.diagnosis_view()->probe_menu());
 
     connect(d.m_watch, &folder_watch::folder_changed, this, [this] {
         p_impl->m_controller.reload();

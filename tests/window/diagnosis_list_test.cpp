@@ -2,11 +2,13 @@
 #include "window/diagnosis_list.hpp"
 #include "window/ui_controller.hpp"
 
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QFile>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTemporaryDir>
@@ -60,7 +62,7 @@ private slots:
         QTRY_COMPARE(logged(), QStringLiteral("+7 /plugins/my.py\n"));
 
         QSignalSpy changes(&list, &diagnosis_list::probe_policy_changed);
-        list.findChild<QComboBox*>(QStringLiteral("probe_policy"))->setCurrentIndex(2);
+        list.probe_menu()->actions().at(2)->trigger();
         QCOMPARE(changes.count(), 1);
         QCOMPARE(list.policy(), probe_policy::never);
     }

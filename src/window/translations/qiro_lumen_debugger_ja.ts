@@ -28,12 +28,12 @@
         <translation>情報</translation>
         </message>
     <message>
-        <source>&amp;Candidates</source>
-        <translation>候補(&amp;C)</translation>
+        <source>Cand&amp;idates</source>
+        <translation>候補(&amp;I)</translation>
         </message>
     <message>
-        <source>Candidate &amp;list document</source>
-        <translation>候補リスト文書(&amp;L)</translation>
+        <source>Candidate list docu&amp;ment</source>
+        <translation>候補リスト文書(&amp;M)</translation>
         </message>
 </context>
 <context>
@@ -132,8 +132,8 @@
         <translation>両方の実行にある候補の順序が違います。</translation>
         </message>
     <message>
-        <source>&amp;History</source>
-        <translation>履歴(&amp;H)</translation>
+        <source>Histor&amp;y</source>
+        <translation>履歴(&amp;Y)</translation>
         </message>
 </context>
 <context>
@@ -191,16 +191,16 @@
         <translation>reading_string としてプラグインに渡します。空のままならプラグインマネージャと同じ要求になります</translation>
     </message>
     <message>
-        <source>&amp;Callback</source>
-        <translation>コールバック(&amp;C)</translation>
+        <source>Call&amp;back</source>
+        <translation>コールバック(&amp;B)</translation>
     </message>
     <message>
         <source>Call the plug-in back with the candidate selected in the preview</source>
         <translation>プレビューで選んだ候補でプラグインをコールバックします</translation>
     </message>
     <message>
-        <source>Pre&amp;ference</source>
-        <translation>設定(&amp;F)</translation>
+        <source>Prefere&amp;nce</source>
+        <translation>設定エントリ(&amp;N)</translation>
     </message>
     <message>
         <source>Run the plug-in's preference entry</source>
@@ -284,12 +284,12 @@
 <context>
     <name>qiro_plugin::debugger::sandbox_toggle</name>
     <message>
-        <source>Sandbox</source>
-        <translation>サンドボックス</translation>
+        <source>Sandbo&amp;x</source>
+        <translation>サンドボックス(&amp;X)</translation>
     </message>
     <message>
-        <source>No network</source>
-        <translation>ネットワークなし</translation>
+        <source>No networ&amp;k</source>
+        <translation>ネットワークなし(&amp;K)</translation>
     </message>
     <message>
         <source>Run plug-ins inside bubblewrap: the system and the plug-in's folder read-only, the rest of your home folder out of reach.</source>
@@ -315,24 +315,24 @@
         <translation>プラグインの候補を自動で表示する(&amp;A)</translation>
         </message>
     <message>
-        <source>Shift</source>
-        <translation>Shift</translation>
+        <source>S&amp;hift</source>
+        <translation>Shift(&amp;H)</translation>
         </message>
     <message>
-        <source>Ctrl</source>
-        <translation>Ctrl</translation>
+        <source>C&amp;trl</source>
+        <translation>Ctrl(&amp;T)</translation>
         </message>
     <message>
-        <source>Option</source>
-        <translation>Option</translation>
+        <source>Opt&amp;ion</source>
+        <translation>Option(&amp;I)</translation>
         </message>
     <message>
         <source>Candidate &amp;change key:</source>
         <translation>候補切り替えキー(&amp;C):</translation>
         </message>
     <message>
-        <source>Plug-in key %1:</source>
-        <translation>プラグインキー %1:</translation>
+        <source>Plug-in key &amp;%1:</source>
+        <translation>プラグインキー %1(&amp;%1):</translation>
         </message>
     <message>
         <source>Proxy</source>
@@ -482,6 +482,10 @@
         <translation>このアプリケーションについて(&amp;A)</translation>
     </message>
     <message>
+        <source>R&amp;un</source>
+        <translation>実行(&amp;U)</translation>
+    </message>
+    <message>
         <source>&amp;File</source>
         <translation>ファイル(&amp;F)</translation>
     </message>
@@ -584,31 +588,35 @@
         <translation>場所</translation>
     </message>
     <message>
-        <source>after a failed or empty run</source>
-        <translation>失敗したか候補がなかった実行のあと</translation>
+        <source>Dia&amp;gnosis:</source>
+        <translation>診断(&amp;G):</translation>
     </message>
     <message>
-        <source>after every run</source>
-        <translation>毎回の実行のあと</translation>
+        <source>After a &amp;Failed or Empty Run</source>
+        <translation>失敗したか候補がなかった実行のあと(&amp;F)</translation>
     </message>
     <message>
-        <source>never</source>
-        <translation>しない</translation>
+        <source>After &amp;Every Run</source>
+        <translation>毎回の実行のあと(&amp;E)</translation>
+    </message>
+    <message>
+        <source>&amp;Never</source>
+        <translation>しない(&amp;N)</translation>
     </message>
     <message>
         <source>A probe runs the plug-in a second time to see what its entry returned and which candidates the bridge drops.</source>
         <translation>プローブはプラグインをもう一度実行し、エントリが返した値と、ブリッジが捨てる候補を調べます。</translation>
     </message>
     <message>
-        <source>Probe the plug-in:</source>
-        <translation>プラグインのプローブ:</translation>
+        <source>Pro&amp;be the Plug-in</source>
+        <translation>プラグインをプローブ(&amp;B)</translation>
     </message>
 </context>
 <context>
     <name>history_cases</name>
     <message>
-        <source>Cases</source>
-        <translation>ケース</translation>
+        <source>Cas&amp;es</source>
+        <translation>ケース(&amp;E)</translation>
     </message>
     <message>
         <source>A callback run cannot be saved as a case from the history.</source>

@@ -1,0 +1,233 @@
+// The window's texts as a user meets them, in the language QIRO_TEST_LANGUAGE names ("ja" or
+// "en"): every control that takes input can be reached by a mnemonic of its own.
+#include "core/plugin_discovery.hpp"
+#include "window/alert_box.hpp"
+#include "window/history_cases.hpp"
+#include "window/new_plugin_dialog.hpp"
+#include "window/settings_dialog.hpp"
+#include "window/ui_controller.hpp"
+#include "window/window_translations.hpp"
+#include "window/workbench.hpp"
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QAbstractSpinBox>
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <map>
+
+using namespace qiro_plugin;
+using namespace qiro_plugin::debugger;
+
+namespace {
+
+QString mnemonic_of(const QString& a_text) {
+    return QKeySequence::mnemonic(a_text).toString();
+}
+
+bool has_ancestor_of_kind(const QWidget* a_widget, const QWidget* a_top,
+                          bool (*a_kind)(const QWidget*)) {
+    for (const QWidget* up = a_widget->parentWidget(); up != nullptr && up != a_top;
+         up = up->parentWidget()) {
+        if (a_kind(up)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// One scope of mnemonics as Qt resolves them: what a window shows at one time, or one menu.
+struct mnemonic_scope {
+    QString name;
+    std::map<QString, QStringList> owners; // mnemonic -> the texts that claim it
+    QStringList without;                   // controls that take input and have none
+
+    void claim(const QString& a_text) {
+        if (const QString key = mnemonic_of(a_text); !key.isEmpty()) {
+            owners[key] << a_text;
+        }
+    }
+    QStringList problems() const {
+        QStringList found;
+        for (const auto& [key, texts] : owners) {
+            if (texts.size() > 1) {
+                found << name + QStringLiteral(": ") + key + QStringLiteral(" is claimed by ") +
+                             texts.join(QStringLiteral(", "));
+            }
+        }
+        for (const QString& control : without) {
+            found << name + QStringLiteral(": no mnemonic for ") + control;
+        }
+        return found;
+    }
+};
+
+// The controls of a_top visible now, with the labels, buttons and tabs that claim mnemonics.
+mnemonic_scope widget_scope(const QString& a_name, QWidget* a_top) {
+    mnemonic_scope scope{a_name, {}, {}};
+    std::map<const QWidget*, QString> reached; // control -> the text that reaches it
+    const auto visible = [a_top](const QWidget* a_widget) {
+        return a_widget->isVisibleTo(a_top) && a_widget->window() == a_top;
+    };
+    for (QTabBar* bar : a_top->findChildren<QTabBar*>()) {
+        if (!visible(bar)) {
+            continue;
+        }
+        const auto* tabs = qobject_cast<QTabWidget*>(bar->parentWidget());
+        for (int index = 0; index < bar->count(); ++index) {
+            scope.claim(bar->tabText(index));
+            if (mnemonic_of(bar->tabText(index)).isEmpty()) {
+                scope.without << QStringLiteral("the tab ") + bar->tabText(index);
+            } else if (tabs != nullptr) {
+                // A tab's mnemonic brings its page, whose views are then a Tab key away.
+                for (QWidget* inside : tabs->widget(index)->findChildren<QWidget*>()) {
+                    reached[inside] = bar->tabText(index);
+                }
+            }
+        }
+    }
+    if (auto* window = qobject_cast<QMainWindow*>(a_top); window != nullptr) {
+        for (QAction* menu : window->menuBar()->actions()) {
+            scope.claim(menu->text());
+        }
+    }
+    for (QLabel* label : a_top->findChildren<QLabel*>()) {
+        if (visible(label) && label->buddy() != nullptr) {
+            scope.claim(label->text());
+            if (!mnemonic_of(label->text()).isEmpty()) {
+                reached[label->buddy()] = label->text();
+            }
+        }
+    }
+    const auto inside_compound = [](const QWidget* a_widget) {
+        return qobject_cast<const QComboBox*>(a_widget) != nullptr ||
+               qobject_cast<const QAbstractSpinBox*>(a_widget) != nullptr ||
+               qobject_cast<const QTabBar*>(a_widget) != nullptr ||
+               qobject_cast<const QDialogButtonBox*>(a_widget) != nullptr;
+    };
+    for (QWidget* control : a_top->findChildren<QWidget*>()) {
+        if (!visible(control) || has_ancestor_of_kind(control, a_top, inside_compound)) {
+            continue;
+        }
+        QString described;
+        bool takes_input = true;
+        if (auto* button = qobject_cast<QAbstractButton*>(control)) {
+            scope.claim(button->text());
+            if (!mnemonic_of(button->text()).isEmpty()) {
+                continue;
+            }
+            described = QStringLiteral("the button ") + button->text();
+        } else if (qobject_cast<QComboBox*>(control) || qobject_cast<QLineEdit*>(control) ||
+                   qobject_cast<QAbstractSpinBox*>(control) ||
+                   (qobject_cast<QAbstractItemView*>(control) &&
+                    !qobject_cast<QHeaderView*>(control))) {
+            described = QString::fromLatin1(control->metaObject()->className()) +
+                        QLatin1Char(' ') + control->objectName();
+        } else {
+            takes_input = false;
+        }
+        if (takes_input && !reached.contains(control)) {
+            scope.without << described;
+        }
+    }
+    return scope;
+}
+
+void add_menu_scopes(QMenu* a_menu, const QString& a_path, QList<mnemonic_scope>& a_scopes) {
+    mnemonic_scope scope{a_path, {}, {}};
+    for (QAction* action : a_menu->actions()) {
+        if (action->isSeparator() || !action->isVisible()) {
+            continue;
+        }
+        scope.claim(action->text());
+        if (mnemonic_of(action->text()).isEmpty()) {
+            scope.without << action->text();
+        }
+        if (action->menu() != nullptr) {
+            add_menu_scopes(action->menu(), a_path + QStringLiteral(" › ") + action->text(),
+                            a_scopes);
+        }
+    }
+    a_scopes << scope;
+}
+
+} // namespace
+
+class window_texts_test : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_home;
+    workbench* m_bench = nullptr;
+
+    ui_controller& controller() { return ui_controller::getInstance(); }
+    QMainWindow* window() { return controller().window(); }
+
+private slots:
+    void initTestCase() {
+        QVERIFY(m_home.isValid());
+        qputenv("HOME", m_home.path().toUtf8());
+        qputenv("XDG_CONFIG_HOME", m_home.filePath(QStringLiteral("config")).toUtf8());
+        qputenv("QIRO_MACHINE_PREFERENCES_DIR",
+                m_home.filePath(QStringLiteral("machine")).toUtf8());
+        qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+        const bool japanese = qgetenv("QIRO_TEST_LANGUAGE") == "ja";
+        install_window_translations(
+            *qApp, QLocale(japanese ? QLocale::Japanese : QLocale::English));
+        set_alert_function([](QWidget*, const QString&) {});
+        // Everything is made in the language, as at a real start.
+        m_bench = new workbench(controller());
+        add_cases_tab(controller(), *m_bench);
+        start_options options;
+        options.plugin_folder = QStringLiteral(QIRO_SAMPLE_PLUGIN_DIR);
+        options.restore_state = false;
+        m_bench->start(options);
+        QTRY_VERIFY(controller().menu_model().selected_plugin().has_value());
+    }
+
+    void every_control_that_takes_input_has_a_mnemonic_of_its_own() {
+        QList<mnemonic_scope> scopes;
+        auto* tabs = window()->findChild<QTabWidget*>(QStringLiteral("m_result_tabs"));
+        QVERIFY(tabs != nullptr);
+        const int shown = tabs->currentIndex();
+        for (int index = 0; index < tabs->count(); ++index) {
+            tabs->setCurrentIndex(index);
+            scopes << widget_scope(QStringLiteral("window with ") + tabs->tabText(index), window());
+        }
+        tabs->setCurrentIndex(shown);
+        for (QAction* menu : window()->menuBar()->actions()) {
+            add_menu_scopes(menu->menu(), menu->text(), scopes);
+        }
+        settings_dialog settings({QStringLiteral("sample_python.py")}, false, window());
+        scopes << widget_scope(settings.windowTitle(), &settings);
+        new_plugin_dialog creation(QStringLiteral("/tmp"), window());
+        scopes << widget_scope(creation.windowTitle(), &creation);
+
+        QStringList problems;
+        for (const auto& scope : scopes) {
+            problems << scope.problems();
+        }
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));
+        // The walk sees what it is to judge: the window's own controls and the Cases tab's.
+        QVERIFY(scopes.size() > 6);
+        QVERIFY(std::any_of(scopes.begin(), scopes.end(), [](const mnemonic_scope& a_scope) {
+            return a_scope.owners.size() > 20;
+        }));
+    }
+};
+
+QTEST_MAIN(window_texts_test)
+#include "window_texts_test.moc"
