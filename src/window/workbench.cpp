@@ -37,6 +37,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTabWidget>
@@ -62,6 +63,19 @@ QString find_readme() {
         }
     }
     return {};
+}
+
+// At the first start: two thirds of the screen, and at least what shows the panes, the
+// diagnosis list and every column of the candidate table; never more than the screen holds.
+QSize first_window_size(const QWidget& a_window) {
+    const QScreen* screen = a_window.screen() != nullptr ? a_window.screen()
+                                                         : QGuiApplication::primaryScreen();
+    QSize size = a_window.size();
+    if (screen != nullptr) {
+        const QSize available = screen->availableGeometry().size();
+        size = (available * 2 / 3).expandedTo(QSize(960, 720)).boundedTo(available);
+    }
+    return size.expandedTo(a_window.minimumSize()).boundedTo(a_window.maximumSize());
 }
 
 } // namespace
@@ -297,6 +311,8 @@ void workbench::start(const start_options& a_options) {
     }
     if (!state.geometry.isEmpty()) {
         d.m_window->restoreGeometry(state.geometry);
+    } else {
+        d.m_window->resize(first_window_size(*d.m_window));
     }
     d.m_main_splitter->restoreState(state.main_splitter);
     d.m_pane_splitter->restoreState(state.pane_splitter);
