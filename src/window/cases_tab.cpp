@@ -258,9 +258,17 @@ void cases_tab::show_coverage(const coverage_collection& a_measured) {
     p_impl->m_coverage.reset();
     if (files.size() == 1) {
         p_impl->m_coverage = files.front();
-        m_coverage_summary->setText(
-            from_utf8(coverage::summary_line(path_of(p_impl->m_file->plugin).filename().string(),
-                                             coverage::summarize(files.front()))));
+        const auto counts = coverage::summarize(files.front());
+        QString line = tr("%1: %2 of %3 lines (%4 %)")
+                           .arg(QFile::decodeName(
+                               path_of(p_impl->m_file->plugin).filename().string().c_str()))
+                           .arg(counts.lines_hit)
+                           .arg(counts.lines_found)
+                           .arg(coverage::whole_percent(counts.lines_hit, counts.lines_found));
+        if (counts.branches_found > 0) {
+            line += tr(", %1 of %2 branches").arg(counts.branches_hit).arg(counts.branches_found);
+        }
+        m_coverage_summary->setText(line);
     } else {
         // Nothing measured: the runs were refused (the tool is missing) or left no data.
         const auto problems = a_measured.problems();

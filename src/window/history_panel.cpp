@@ -81,9 +81,11 @@ QString history_title(const history_entry& a_entry) {
     QString title = time.toString(QStringLiteral("HH:mm:ss")) + QLatin1Char(' ') +
                     to_qstring(a_entry.plugin.second);
     if (a_entry.entry == "run") {
-        title += QStringLiteral(" 「") + to_qstring(a_entry.written_form) + QStringLiteral("」");
+        // Quoted as the language quotes: “…” in English, 「…」 in Japanese.
+        title += QLatin1Char(' ') +
+                 history_panel::tr("“%1”").arg(to_qstring(a_entry.written_form));
         if (!a_entry.reading.empty()) {
-            title += history_panel::tr(" reading 「%1」").arg(to_qstring(a_entry.reading));
+            title += history_panel::tr(" reading “%1”").arg(to_qstring(a_entry.reading));
         }
     } else {
         title += QLatin1Char(' ') + (a_entry.entry == "callback" ? history_panel::tr("callback")

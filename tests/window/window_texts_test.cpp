@@ -1,5 +1,6 @@
 // The window's texts as a user meets them, in the language QIRO_TEST_LANGUAGE names ("ja" or
-// "en"): every control that takes input can be reached by a mnemonic of its own.
+// "en"): every control that takes input can be reached by a mnemonic of its own, and the
+// Japanese window shows no text left in English.
 #include "core/plugin_discovery.hpp"
 #include "window/alert_box.hpp"
 #include "window/history_cases.hpp"
@@ -22,12 +23,18 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QRegularExpression>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTableWidget>
 #include <QTemporaryDir>
+#include <QTreeWidget>
 #include <QtTest>
 
+#include <algorithm>
 #include <map>
+#include <memory>
 
 using namespace qiro_plugin;
 using namespace qiro_plugin::debugger;
@@ -164,6 +171,74 @@ void add_menu_scopes(QMenu* a_menu, const QString& a_path, QList<mnemonic_scope>
     a_scopes << scope;
 }
 
+// A text a Japanese user would read as left in English: not one Japanese character, and a word
+// of Latin letters that is not a name (of a key, a file, a format).
+bool reads_as_english(const QString& a_text) {
+    static const QRegularExpression japanese(
+        QStringLiteral("[\\x{3000}-\\x{30FF}\\x{4E00}-\\x{9FFF}\\x{FF00}-\\x{FFEF}]"));
+    static const QRegularExpression word(QStringLiteral("[A-Za-z_]{2,}"));
+    static const QStringList names{QStringLiteral("README"), QStringLiteral("Shift"),
+                                   QStringLiteral("Ctrl"), QStringLiteral("Option"),
+                                   QStringLiteral("my_plugin")};
+    if (japanese.match(a_text).hasMatch()) {
+        return false;
+    }
+    for (auto found = word.globalMatch(a_text); found.hasNext();) {
+        if (!names.contains(found.next().captured())) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Every text of a_top a user can read: labels, buttons, tabs, headers, placeholders, tooltips,
+// menus (the context menus Qt makes included).
+QStringList readable_texts(QWidget* a_top) {
+    QStringList texts;
+    const auto add_actions = [&texts](const QList<QAction*>& a_actions, auto& a_self) -> void {
+        for (QAction* action : a_actions) {
+            texts << action->text() << action->toolTip();
+            if (action->menu() != nullptr) {
+                a_self(action->menu()->actions(), a_self);
+            }
+        }
+    };
+    QList<QWidget*> widgets = a_top->findChildren<QWidget*>();
+    widgets << a_top;
+    for (QWidget* widget : widgets) {
+        texts << widget->toolTip() << widget->windowTitle();
+        if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
+            texts << button->text();
+        } else if (auto* label = qobject_cast<QLabel*>(widget)) {
+            texts << label->text();
+        } else if (auto* line = qobject_cast<QLineEdit*>(widget)) {
+            texts << line->placeholderText();
+        } else if (auto* plain = qobject_cast<QPlainTextEdit*>(widget)) {
+            texts << plain->toPlainText() << plain->placeholderText();
+            std::unique_ptr<QMenu> menu(plain->createStandardContextMenu());
+            add_actions(menu->actions(), add_actions);
+        } else if (auto* bar = qobject_cast<QTabBar*>(widget)) {
+            for (int index = 0; index < bar->count(); ++index) {
+                texts << bar->tabText(index) << bar->tabToolTip(index);
+            }
+        } else if (auto* tree = qobject_cast<QTreeWidget*>(widget)) {
+            for (int column = 0; column < tree->columnCount(); ++column) {
+                texts << tree->headerItem()->text(column);
+            }
+        } else if (auto* table = qobject_cast<QTableWidget*>(widget)) {
+            for (int column = 0; column < table->columnCount(); ++column) {
+                if (const auto* item = table->horizontalHeaderItem(column)) {
+                    texts << item->text();
+                }
+            }
+        }
+        add_actions(widget->actions(), add_actions);
+    }
+    texts.removeAll(QString());
+    texts.removeDuplicates();
+    return texts;
+}
+
 } // namespace
 
 class window_texts_test : public QObject {
@@ -225,6 +300,25 @@ private slots:
         QVERIFY(scopes.size() > 6);
         QVERIFY(std::any_of(scopes.begin(), scopes.end(), [](const mnemonic_scope& a_scope) {
             return a_scope.owners.size() > 20;
+        }));
+    }
+
+    void the_japanese_window_shows_no_english_text() {
+        if (qgetenv("QIRO_TEST_LANGUAGE") != "ja") {
+            QSKIP("the window speaks English here");
+        }
+        QStringList texts = readable_texts(window());
+        settings_dialog settings({QStringLiteral("sample_python.py")}, false, window());
+        texts << readable_texts(&settings);
+        new_plugin_dialog creation(QStringLiteral("/tmp"), window());
+        texts << readable_texts(&creation);
+        QStringList english;
+        std::copy_if(texts.begin(), texts.end(), std::back_inserter(english), reads_as_english);
+        QVERIFY2(english.isEmpty(), qPrintable(english.join(QLatin1Char('\n'))));
+        // Qt's own texts are translated too, and the walk reached the Cases tab.
+        QVERIFY(texts.contains(QStringLiteral("すべて実行(&A)")));
+        QVERIFY(std::any_of(texts.begin(), texts.end(), [](const QString& a_text) {
+            return a_text.startsWith(QStringLiteral("すべてを選択"));
         }));
     }
 };

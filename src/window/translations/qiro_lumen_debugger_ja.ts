@@ -100,7 +100,11 @@
         <translation>各出力は先頭の 1 MiB だけを残しました。</translation>
         </message>
     <message>
-        <source> reading 「%1」</source>
+        <source>“%1”</source>
+        <translation>「%1」</translation>
+    </message>
+    <message>
+        <source> reading “%1”</source>
         <translation> 読み「%1」</translation>
         </message>
     <message>
@@ -447,7 +451,7 @@
     </message>
     <message>
         <source>Se&amp;ttings…</source>
-        <translation>設定(&amp;T)…</translation>
+        <translation>プラグインマネージャの設定(&amp;T)…</translation>
     </message>
     <message>
         <source>&amp;Quit</source>
@@ -633,6 +637,159 @@
     <message>
         <source>Name of the case:</source>
         <translation>ケースの名前:</translation>
+    </message>
+</context>
+<context>
+    <name>qiro_plugin::debugger::cases_tab</name>
+    <message>
+        <source>%1 passed, %2 failed</source>
+        <translation>%1 件成功、%2 件失敗</translation>
+    </message>
+    <message>
+        <source>%1:%2:%3: %4
+</source>
+        <translation>%1:%2:%3: %4
+</translation>
+    </message>
+    <message>
+        <source>&amp;Coverage report</source>
+        <translation>カバレッジの報告(&amp;C)</translation>
+    </message>
+    <message>
+        <source>&amp;First Line Not Reached</source>
+        <translation>最初に到達しなかった行(&amp;F)</translation>
+    </message>
+    <message>
+        <source>&amp;HTML Report</source>
+        <translation>HTML レポート(&amp;H)</translation>
+    </message>
+    <message>
+        <source>Case</source>
+        <translation>ケース</translation>
+    </message>
+    <message>
+        <source>Co&amp;verage</source>
+        <translation>カバレッジ(&amp;V)</translation>
+    </message>
+    <message>
+        <source>FAIL</source>
+        <translation>失敗</translation>
+    </message>
+    <message>
+        <source>Input</source>
+        <translation>入力</translation>
+    </message>
+    <message>
+        <source>No cases yet: save a run as a case, or write %1.</source>
+        <translation>ケースはまだありません。実行をケースとして保存するか、%1 を書いてください。</translation>
+    </message>
+    <message>
+        <source>No coverage: see the cases' results.</source>
+        <translation>カバレッジはありません。各ケースの結果を見てください。</translation>
+    </message>
+    <message>
+        <source>No plug-in selected.</source>
+        <translation>プラグインが選ばれていません。</translation>
+    </message>
+    <message>
+        <source>Passed.
+</source>
+        <translation>成功しました。
+</translation>
+    </message>
+    <message>
+        <source>Result</source>
+        <translation>結果</translation>
+    </message>
+    <message>
+        <source>Run &amp;all</source>
+        <translation>すべて実行(&amp;A)</translation>
+    </message>
+    <message>
+        <source>Run each case under its language's coverage tool and show which lines of the plug-in the cases reach.</source>
+        <translation>各ケースをその言語のカバレッジツールの下で実行し、ケースがプラグインのどの行に到達したかを表示します。</translation>
+    </message>
+    <message>
+        <source>Run selec&amp;ted</source>
+        <translation>選んだケースを実行(&amp;T)</translation>
+    </message>
+    <message>
+        <source>The cases file has problems: see below.</source>
+        <translation>ケースファイルに問題があります。下を見てください。</translation>
+    </message>
+    <message>
+        <source>The coverage report could not be written.</source>
+        <translation>カバレッジの報告を書き込めませんでした。</translation>
+    </message>
+    <message>
+        <source>
+Candidates (- expected, + actual):
+</source>
+        <translation>
+候補（- 期待、+ 実際）:
+</translation>
+    </message>
+    <message>
+        <source>
+Standard error:
+</source>
+        <translation>
+標準エラー出力:
+</translation>
+    </message>
+    <message>
+        <source>callback: %1</source>
+        <translation>コールバック: %1</translation>
+    </message>
+    <message>
+        <source>genhtml failed: %1</source>
+        <translation>genhtml が失敗しました: %1</translation>
+    </message>
+    <message>
+        <source>genhtml is missing: install the Debian package lcov.</source>
+        <translation>genhtml がありません。Debian パッケージ lcov をインストールしてください。</translation>
+    </message>
+    <message>
+        <source>not run</source>
+        <translation>未実行</translation>
+    </message>
+    <message>
+        <source>pass</source>
+        <translation>成功</translation>
+    </message>
+    <message>
+        <source>preference</source>
+        <translation>設定エントリ</translation>
+    </message>
+    <message>
+        <source>running…</source>
+        <translation>実行中…</translation>
+    </message>
+    <message>
+        <source>stopped</source>
+        <translation>停止</translation>
+    </message>
+    <message>
+        <source>%1 passed, %2 failed, %3 stopped</source>
+        <translation>%1 件成功、%2 件失敗、%3 件停止</translation>
+    </message>
+    <message>
+        <source>Stop (Esc) ends the running cases.</source>
+        <translation>停止（Esc）で実行中のケースを終えます。</translation>
+    </message>
+    <message>
+        <source>%1: %2 of %3 lines (%4 %)</source>
+        <translation>%1: %3 行中 %2 行（%4 %）</translation>
+    </message>
+    <message>
+        <source>, %1 of %2 branches</source>
+        <translation>、分岐 %2 個中 %1 個</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n case(s).</source>
+        <translation>
+            <numerusform>ケース %n 件。</numerusform>
+        </translation>
     </message>
 </context>
 </TS>
