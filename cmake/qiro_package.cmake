@@ -37,7 +37,7 @@ add_custom_target(qiro_packaging_files ALL DEPENDS ${qiro_compressed})
 
 set(qiro_doc_dir share/doc/qiro-lumen-debugger)
 install(FILES ${qiro_staged}/changelog.gz ${qiro_packaging}/debian/copyright
-        DESTINATION ${qiro_doc_dir})
+        ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${qiro_doc_dir})
 
 install(FILES ${qiro_packaging}/completions/qiro-lumen.bash
         DESTINATION share/bash-completion/completions RENAME qiro-lumen)

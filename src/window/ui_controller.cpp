@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFontDatabase>
+#include <QLabel>
 #include <QMainWindow>
 #include <QStatusBar>
 #include <QTextCursor>
@@ -194,6 +195,13 @@ void ui_controller::awake_from_nib() {
     keep_place.setRetainSizeWhenHidden(true);
     m_progress->setSizePolicy(keep_place);
     m_progress->setVisible(false);
+    // The moving bar says what it stands for.
+    m_progress_label = new QLabel(tr("Running…"), m_self_window);
+    m_progress_label->setSizePolicy(keep_place);
+    p_impl->m_ui.hyoki_row->insertWidget(p_impl->m_ui.hyoki_row->indexOf(m_progress),
+                                         m_progress_label);
+    m_progress_label->setVisible(false);
+    m_progress->setAccessibleName(m_progress_label->text());
 
     const QSize initial = m_self_window->size();
     m_self_window->setMinimumSize(initial);
@@ -316,6 +324,7 @@ void ui_controller::start_progress() {
     m_self_window->statusBar()->clearMessage();
     m_diagnosis_list->show_findings({});
     m_progress->setRange(0, 0);
+    m_progress_label->setVisible(true);
     m_progress->setVisible(true);
     emit busy_changed(true);
     // Paint the indicator now: the run blocks this thread until its commands end.
@@ -324,6 +333,7 @@ void ui_controller::start_progress() {
 
 void ui_controller::stop_progress() {
     m_progress->setVisible(false);
+    m_progress_label->setVisible(false);
     emit busy_changed(false);
 }
 

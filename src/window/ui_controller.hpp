@@ -12,6 +12,7 @@
 class QApplication;
 class QString;
 class QComboBox;
+class QLabel;
 class QLineEdit;
 class QMainWindow;
 class QPlainTextEdit;
@@ -92,6 +93,7 @@ private:
     QMainWindow* m_self_window = nullptr;
     QPlainTextEdit* m_warning_text_view = nullptr;
     QProgressBar* m_progress = nullptr;
+    QLabel* m_progress_label = nullptr;
     QLineEdit* m_hyoki_text_field = nullptr;
     QPlainTextEdit* m_std_output_text_view = nullptr;
     QPlainTextEdit* m_std_error_output_text_view = nullptr;

@@ -52,16 +52,22 @@ namespace qiro_plugin::debugger {
 
 namespace {
 
-// The README beside an installed or a built program, or in the source tree.
+// The README of the installed package (the programs live in PREFIX/lib/qiro-lumen), else the
+// one of the source tree the program was built from.
 QString find_readme() {
     const QDir program(QCoreApplication::applicationDirPath());
-    for (const char* relative :
-         {"../share/doc/qiro-lumen/README.md", "../README.md", "../../README.md"}) {
+    for (const char* relative : {"../../share/doc/qiro-lumen-debugger/README.md",
+                                 "../share/doc/qiro-lumen-debugger/README.md", "../README.md"}) {
         const QString path = program.absoluteFilePath(QString::fromLatin1(relative));
         if (QFileInfo::exists(path)) {
             return QDir::cleanPath(path);
         }
     }
+#ifdef QIRO_SOURCE_README
+    if (const QString source = QStringLiteral(QIRO_SOURCE_README); QFileInfo::exists(source)) {
+        return source;
+    }
+#endif
     return {};
 }
 
@@ -179,9 +185,8 @@ workbench::workbench(ui_controller& a_controller)
     connect(&a_controller, &ui_controller::busy_changed, this, [this](bool a_busy) {
         const auto& actions = p_impl->m_menus;
         actions.stop->setEnabled(a_busy);
-        if (!a_busy) {
-            update_entries();
-        }
+        // Callback and Preference wait for the run's end, as Run does.
+        update_entries();
     });
     connect(&a_controller, &ui_controller::run_finished, this,
             [this](const run_report& a_report, const plugin_entry& a_plugin) {

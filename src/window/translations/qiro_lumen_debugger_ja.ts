@@ -396,6 +396,10 @@
 </context>
 <context>
     <name>qiro_plugin::debugger::ui_controller</name>
+    <message>
+        <source>Running…</source>
+        <translation>実行中…</translation>
+    </message>
     <message numerus="yes">
         <source>%1 ran as %2: %n candidate(s) (syntax check %3 ms, run %4 ms).</source>
         <translation>
