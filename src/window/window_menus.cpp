@@ -34,6 +34,9 @@ window_menus make_window_menus(QMainWindow* a_window) {
     menus.open_folder =
         add(file, "action_open_folder", QT_TRANSLATE_NOOP("window_menus", "&Open Plug-in Folder…"),
             QKeySequence::Open);
+    menus.open_recent =
+        file->addMenu(text(QT_TRANSLATE_NOOP("window_menus", "Open Re&cent Plug-in Folder")));
+    menus.open_recent->setObjectName(QStringLiteral("menu_open_recent"));
     menus.reload = add(file, "action_reload", QT_TRANSLATE_NOOP("window_menus", "&Reload"),
                        QKeySequence(Qt::Key_F5));
     file->addSeparator();

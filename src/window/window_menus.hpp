@@ -12,6 +12,7 @@ namespace qiro_plugin::debugger {
 struct window_menus {
     QAction* new_plugin = nullptr;
     QAction* open_folder = nullptr;
+    QMenu* open_recent = nullptr;
     QAction* save_output = nullptr;
     QAction* save_error = nullptr;
     QAction* reload = nullptr;

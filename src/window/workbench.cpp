@@ -308,12 +308,11 @@ void workbench::start(const start_options& a_options) {
     if (folder.isEmpty() && a_options.plugin_folder) {
         folder = *a_options.plugin_folder;
     }
-    if (folder.isEmpty() && !state.folder.isEmpty() && QFileInfo(state.folder).isDir()) {
-        folder = state.folder;
-    }
-    if (!folder.isEmpty()) {
-        set_plugin_folder(make_plugin_folder(folder.toStdString()));
-    }
+    // The plugin folder beside the program unless told otherwise, as at every start; the
+    // folders opened before are one click away in File › Open Recent Plug-in Folder.
+    set_plugin_folder(folder.isEmpty() ? default_plugin_folder()
+                                       : make_plugin_folder(folder.toStdString()));
+    remember_folder();
     if (!state.geometry.isEmpty()) {
         d.m_window->restoreGeometry(state.geometry);
     } else {
@@ -354,8 +353,23 @@ bool workbench::select_plugin(const QString& a_file_name) {
     return true;
 }
 
+void workbench::remember_folder() {
+    QMenu* menu = p_impl->m_menus.open_recent;
+    menu->clear();
+    int number = 0;
+    for (const QString& folder : add_recent_folder(folder_path())) {
+        // "&1 /path": the digit is the item's mnemonic, the path stays as it is written.
+        QString shown = folder;
+        shown.replace(QLatin1Char('&'), QStringLiteral("&&"));
+        QAction* item = menu->addAction(QStringLiteral("&%1 ").arg(++number) + shown);
+        item->setEnabled(QFileInfo(folder).isDir());
+        connect(item, &QAction::triggered, this, [this, folder] { open_folder(folder); });
+    }
+}
+
 void workbench::open_folder(const QString& a_folder) {
     set_plugin_folder(make_plugin_folder(a_folder.toStdString()));
+    remember_folder();
     p_impl->m_watch->watch_folder(folder_path());
     p_impl->m_controller.reload();
     after_menu_change();

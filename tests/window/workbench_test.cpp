@@ -8,6 +8,7 @@
 #include "window/history_cases.hpp"
 #include "window/history_panel.hpp"
 #include "window/output_pane.hpp"
+#include "window/qt_text.hpp"
 #include "window/settings_dialog.hpp"
 #include "window/stop_control.hpp"
 #include "window/ui_controller.hpp"
@@ -28,6 +29,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMainWindow>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -42,6 +44,8 @@
 #include <QtTest>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 using namespace qiro_plugin;
 using namespace qiro_plugin::debugger;
@@ -541,6 +545,55 @@ private slots:
                  QStringLiteral("候補 3 件"));
         QCOMPARE(text("qiro_plugin::debugger::stop_control", "%1 s"), QStringLiteral("%1 秒"));
         install_window_translations(*qApp, QLocale(QLocale::English));
+    }
+
+    void the_window_starts_on_its_folder_and_reopens_recent_ones_in_one_click() {
+        QMenu* recent = window()->findChild<QMenu*>(QStringLiteral("menu_open_recent"));
+        QVERIFY(recent != nullptr);
+        const auto shown = [recent] {
+            QStringList folders;
+            for (const QAction* item : recent->actions()) {
+                folders << item->text().section(QLatin1Char(' '), 1);
+            }
+            return folders;
+        };
+        std::vector<std::unique_ptr<QTemporaryDir>> folders;
+        for (int index = 0; index < 6; ++index) {
+            folders.push_back(std::make_unique<QTemporaryDir>());
+            m_bench->open_folder(folders.back()->path());
+        }
+        const auto slashed = [](const QTemporaryDir& a_dir) {
+            return a_dir.path() + QLatin1Char('/');
+        };
+        // The last five, the most recent first.
+        QCOMPARE(shown(), (QStringList{slashed(*folders[5]), slashed(*folders[4]),
+                                       slashed(*folders[3]), slashed(*folders[2]),
+                                       slashed(*folders[1])}));
+        QVERIFY(recent->actions().front()->text().startsWith(QStringLiteral("&1 ")));
+        // Opened again, a folder moves to the top once; a folder gone is shown disabled.
+        m_bench->open_folder(folders[3]->path());
+        QCOMPARE(shown().first(), slashed(*folders[3]));
+        QCOMPARE(shown().count(slashed(*folders[3])), 1);
+        folders[4]->remove();
+        m_bench->open_folder(folders[3]->path());
+        const int gone = static_cast<int>(shown().indexOf(slashed(*folders[4])));
+        QVERIFY(gone > 0 && !recent->actions().at(gone)->isEnabled());
+        // One click goes back.
+        recent->actions().at(1)->trigger();
+        QCOMPARE(m_bench->folder_path(), slashed(*folders[5]));
+
+        // A new start lists the plugin folder beside the program, not the last one opened,
+        // unless --plugin-folder names another.
+        m_bench->save_state();
+        start_options options;
+        m_bench->start(options);
+        QCOMPARE(m_bench->folder_path(), to_qstring(default_plugin_folder()));
+        QCOMPARE(shown().first(), to_qstring(default_plugin_folder()));
+        options.plugin_folder = m_plugins.path();
+        options.restore_state = false;
+        m_bench->start(options);
+        QCOMPARE(m_bench->folder_path(), slashed(m_plugins));
+        QCoreApplication::processEvents(); // the reload the start queued
     }
 
     void window_state_is_remembered() {

@@ -442,6 +442,9 @@
         <translation>プラグインフォルダを開く(&amp;O)…</translation>
     </message>
     <message>
+        <source>Open Re&amp;cent Plug-in Folder</source>
+        <translation>最近開いたプラグインフォルダ(&amp;C)</translation>
+    </message>    <message>
         <source>&amp;Reload</source>
         <translation>再読み込み(&amp;R)</translation>
     </message>
