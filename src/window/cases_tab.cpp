@@ -4,6 +4,7 @@
 #include "core/coverage_companion.hpp"
 #include "core/editor_command.hpp"
 #include "coverage/coverage_writers.hpp"
+#include "platform/command_runner.hpp"
 #include "text/string_encode.hpp"
 
 #include <QAction>
@@ -25,6 +26,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <atomic>
 #include <map>
 
 namespace qiro_plugin::debugger {
@@ -67,6 +69,8 @@ struct cases_tab::impl {
     std::unique_ptr<cases::cases_file> m_file;
     std::map<std::size_t, cases::case_outcome> m_outcomes;
     bool m_running = false;
+    // Set by Stop: no further case starts, and the running ones end at once.
+    std::atomic<bool> m_stop = false;
     // What the last run with coverage reached of the plug-in.
     std::optional<coverage::file_coverage> m_coverage;
     std::unique_ptr<QTemporaryDir> m_report_folder;
@@ -213,8 +217,11 @@ void cases_tab::run(const std::vector<std::size_t>& a_indexes) {
         return;
     }
     p_impl->m_running = true;
+    p_impl->m_stop = false;
     m_run_all_button->setEnabled(false);
     m_run_selected_button->setEnabled(false);
+    m_status->setText(tr("Stop (Esc) ends the running cases."));
+    emit running_changed(true);
     std::vector<cases::case_job> jobs;
     for (const auto index : a_indexes) {
         jobs.push_back({p_impl->m_file.get(), &p_impl->m_file->cases.at(index)});
@@ -222,18 +229,35 @@ void cases_tab::run(const std::vector<std::size_t>& a_indexes) {
     }
     int passed = 0;
     int failed = 0;
+    int stopped = 0;
     cases::run_options options;
+    options.stop = &p_impl->m_stop;
     options.on_done = [&](std::size_t a_job, const cases::case_outcome& a_outcome) {
         const std::size_t index = a_indexes[a_job];
         auto* item = m_list->topLevelItem(static_cast<int>(index));
-        item->setText(result_column, a_outcome.check.passed ? tr("pass") : tr("FAIL"));
-        item->setForeground(result_column,
-                            a_outcome.check.passed ? QColor(0, 128, 0) : QColor(192, 0, 0));
+        // A case that Stop ended, or kept from starting, did not fail: it did not finish.
+        const bool ended_by_stop =
+            p_impl->m_stop && (a_outcome.skipped || a_outcome.run.report.timed_out_after_s);
+        if (ended_by_stop) {
+            item->setText(result_column, tr("stopped"));
+            item->setForeground(result_column, QColor(128, 128, 128));
+            ++stopped;
+        } else {
+            item->setText(result_column, a_outcome.check.passed ? tr("pass") : tr("FAIL"));
+            item->setForeground(result_column,
+                                a_outcome.check.passed ? QColor(0, 128, 0) : QColor(192, 0, 0));
+            (a_outcome.check.passed ? passed : failed) += 1;
+        }
         p_impl->m_outcomes[index] = a_outcome;
-        (a_outcome.check.passed ? passed : failed) += 1;
     };
-    // The cases run on worker threads; this thread keeps the window painted meanwhile.
-    options.on_wait = [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); };
+    // The cases run on worker threads; this thread keeps the window live meanwhile. The
+    // window's Stop takes its clicks and keys now, and holds the others until the end.
+    options.on_wait = [this] {
+        if (p_impl->m_stop) {
+            utility::stop_running_commands(); // a command that started after Stop
+        }
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+    };
     std::optional<coverage_collection> measured;
     if (m_coverage_check->isChecked()) {
         measured.emplace();
@@ -248,9 +272,22 @@ void cases_tab::run(const std::vector<std::size_t>& a_indexes) {
     p_impl->m_running = false;
     m_run_all_button->setEnabled(true);
     m_run_selected_button->setEnabled(true);
-    m_status->setText(tr("%1 passed, %2 failed").arg(passed).arg(failed));
+    m_status->setText(stopped > 0 ? tr("%1 passed, %2 failed, %3 stopped")
+                                        .arg(passed)
+                                        .arg(failed)
+                                        .arg(stopped)
+                                  : tr("%1 passed, %2 failed").arg(passed).arg(failed));
+    emit running_changed(false);
     show_detail();
     emit cases_finished(passed, failed);
+}
+
+void cases_tab::stop() {
+    if (!p_impl->m_running) {
+        return;
+    }
+    p_impl->m_stop = true;
+    utility::stop_running_commands();
 }
 
 void cases_tab::show_coverage(const coverage_collection& a_measured) {

@@ -59,9 +59,14 @@ public slots:
     void open_first_line_not_reached();
     // Opens write_html_report()'s index.html in the desktop's browser.
     void open_html_report();
+    // Ends the cases running now (their processes and bridge files go) and starts no other;
+    // they show as stopped, not failed.
+    void stop();
 
 signals:
     void cases_finished(int a_passed, int a_failed);
+    // Cases began or ended running.
+    void running_changed(bool a_running);
 
 private:
     void run(const std::vector<std::size_t>& a_indexes);

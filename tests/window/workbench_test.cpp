@@ -547,6 +547,61 @@ private slots:
         install_window_translations(*qApp, QLocale(QLocale::English));
     }
 
+    void stop_ends_running_cases_as_stopped_and_leaves_nothing_behind() {
+        write("slow.py", "import os, time\n"
+                         "def qiro_plugin_run_process(request):\n"
+                         "    path = os.environ['HOME'] + '/slow.' + request['composition_string']\n"
+                         "    with open(path, 'w') as f:\n"
+                         "        f.write(str(os.getpid()))\n"
+                         "    time.sleep(60)\n"
+                         "    return {'candidate': []}\n");
+        write("slow.cases.json", R"({"cases": [{"name": "one", "written_form": "a"},
+                                               {"name": "two", "written_form": "b"},
+                                               {"name": "three", "written_form": "c"}]})");
+        m_bench->open_folder(m_plugins.path());
+        QVERIFY(m_bench->select_plugin(QStringLiteral("slow.py")));
+        QTreeWidget* list = m_cases->case_list();
+        QCOMPARE(list->topLevelItemCount(), 3);
+        const QString first_pid = m_home.filePath(QStringLiteral("slow.a"));
+        QObject scope;
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, &scope, [&] {
+            if (QFile::exists(first_pid)) {
+                poll.stop();
+                QVERIFY(find<QPushButton>("m_stop_button")->isEnabled());
+                QTest::keyClick(window(), Qt::Key_Escape);
+            }
+        });
+        poll.start(20);
+        QElapsedTimer clock;
+        clock.start();
+        m_cases->run_all();
+        QVERIFY2(clock.elapsed() < 30000, "the cases went on to the time-out");
+        for (int row = 0; row < 3; ++row) {
+            QCOMPARE(list->topLevelItem(row)->text(2), QStringLiteral("stopped"));
+        }
+        QVERIFY(!find<QPushButton>("m_stop_button")->isEnabled());
+        // No plug-in process and no bridge file outlive the stop.
+        const QStringList started = QDir(m_home.path()).entryList({QStringLiteral("slow.*")});
+        QVERIFY(!started.isEmpty());
+        for (const QString& name : started) {
+            QFile pid_file(m_home.filePath(name));
+            QVERIFY(pid_file.open(QIODevice::ReadOnly));
+            const int pid = pid_file.readAll().toInt();
+            QVERIFY(pid > 0);
+            const auto lives = [pid] {
+                QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+                return stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z ");
+            };
+            QTRY_VERIFY_WITH_TIMEOUT(!lives(), 10000);
+        }
+        const QDir data(m_home.filePath(QStringLiteral("Library/Preferences/QIRO Lumen")));
+        QCOMPARE(data.entryList({QStringLiteral("*.py")}, QDir::Files), QStringList());
+        QFile::remove(path(QStringLiteral("slow.py")));
+        QFile::remove(path(QStringLiteral("slow.cases.json")));
+        m_bench->open_folder(m_plugins.path());
+    }
+
     void the_window_starts_on_its_folder_and_reopens_recent_ones_in_one_click() {
         QMenu* recent = window()->findChild<QMenu*>(QStringLiteral("menu_open_recent"));
         QVERIFY(recent != nullptr);
