@@ -12,6 +12,12 @@ namespace qiro_plugin::debugger {
 namespace {
 
 QString outcome_text(const history_entry& a_entry) {
+    // A run that Stop or the time-out ended is not a broken one: its output was never complete.
+    if (const auto seconds = a_entry.report.timed_out_after_s) {
+        return (a_entry.stopped ? history_panel::tr("stopped after %1 s")
+                                : history_panel::tr("timed out after %1 s"))
+            .arg(*seconds, 0, 'f', 1);
+    }
     const std::string word = outcome_word(a_entry.report);
     if (word == "parsed") {
         return history_panel::tr("%n candidate(s)", "",
@@ -92,9 +98,11 @@ QString history_title(const history_entry& a_entry) {
                                                                  : history_panel::tr("preference"));
     }
     title += QStringLiteral(": ") + outcome_text(a_entry);
-    title += history_panel::tr(" (%1 + %2 ms)")
-                 .arg(a_entry.report.syntax_check_ms, 0, 'f', 0)
-                 .arg(a_entry.report.run_ms, 0, 'f', 0);
+    if (!a_entry.report.timed_out_after_s) {
+        title += history_panel::tr(" (%1 + %2 ms)")
+                     .arg(a_entry.report.syntax_check_ms, 0, 'f', 0)
+                     .arg(a_entry.report.run_ms, 0, 'f', 0);
+    }
     return title;
 }
 

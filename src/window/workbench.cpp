@@ -129,6 +129,7 @@ struct workbench::impl {
         history_entry entry{a_plugin, a_written_form, a_reading, std::chrono::system_clock::now(),
                             a_report};
         entry.entry = a_entry;
+        entry.stopped = m_stop->was_stopped();
         m_history->add(std::move(entry));
     }
 };
@@ -200,6 +201,13 @@ workbench::workbench(ui_controller& a_controller)
                 if (state.m_stop->was_stopped()) {
                     state.m_window->statusBar()->showMessage(
                         tr("%1 was stopped.").arg(to_qstring(a_plugin.second)));
+                    // One duration for the run everywhere: the one its finding and History give.
+                    if (const auto seconds = a_report.timed_out_after_s) {
+                        state.m_controller.form().m_elapsed_label->setText(
+                            QCoreApplication::translate("qiro_plugin::debugger::stop_control",
+                                                        "%1 s, stopped")
+                                .arg(*seconds, 0, 'f', 1));
+                    }
                 }
             });
     connect(d.m_preview, &candidate_preview::selection_changed, this, &workbench::update_entries);

@@ -238,6 +238,12 @@ private slots:
         QVERIFY(finding != nullptr);
         QVERIFY(finding->text(0).startsWith(QStringLiteral("The run was stopped after")));
         QVERIFY(finding->toolTip(0).contains(QStringLiteral("on error")));
+        // History says the run was stopped, after as long as the label and the finding say.
+        const QString seconds = find<QLabel>("m_elapsed_label")->text().section(QLatin1Char(' '), 0, 0);
+        QVERIFY(finding->text(0).contains(seconds));
+        const QString recorded = find<QListWidget>("m_history_list")->item(0)->text();
+        QVERIFY2(recorded.endsWith(QStringLiteral(": stopped after ") + seconds + QStringLiteral(" s")),
+                 qPrintable(recorded));
         QTRY_COMPARE(reading()->text(), QStringLiteral("y"));
         QVERIFY(m_alerts.isEmpty());
     }

@@ -100,6 +100,14 @@
         <translation>各出力は先頭の 1 MiB だけを残しました。</translation>
         </message>
     <message>
+        <source>stopped after %1 s</source>
+        <translation>%1 秒で停止</translation>
+    </message>
+    <message>
+        <source>timed out after %1 s</source>
+        <translation>%1 秒で時間切れ</translation>
+    </message>
+    <message>
         <source>“%1”</source>
         <translation>「%1」</translation>
     </message>
