@@ -25,6 +25,7 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QRegularExpression>
+#include <QStatusBar>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -271,6 +272,30 @@ private slots:
         options.restore_state = false;
         m_bench->start(options);
         QTRY_VERIFY(controller().menu_model().selected_plugin().has_value());
+    }
+
+    // The first window after a run of a sample shows its whole status line.
+    void the_first_window_shows_a_runs_whole_summary() {
+        auto* menu = window()->findChild<QComboBox*>(QStringLiteral("m_loaded_plusins_popup_button"));
+        const int sample = menu->findText(QStringLiteral("sample_python.py"));
+        QVERIFY(sample >= 0);
+        menu->setCurrentIndex(sample);
+        emit menu->activated(sample);
+        window()->findChild<QLineEdit*>(QStringLiteral("m_hyoki_text_field"))
+            ->setText(QStringLiteral("変換"));
+        controller().run_debug();
+        QStatusBar* status = window()->statusBar();
+        const QString summary = status->currentMessage();
+        QVERIFY(summary.contains(QStringLiteral("sample_python.py")));
+        QVERIFY2(status->fontMetrics().horizontalAdvance(summary) < status->width(),
+                 qPrintable(summary));
+        if (const QByteArray folder = qgetenv("QIRO_SCREENSHOT_DIR"); !folder.isEmpty()) {
+            QTest::qWait(200);
+            QVERIFY(window()->grab().save(QString::fromLocal8Bit(folder) +
+                                          QStringLiteral("/first-window-") +
+                                          QString::fromLatin1(qgetenv("QIRO_TEST_LANGUAGE")) +
+                                          QStringLiteral(".png")));
+        }
     }
 
     void every_control_that_takes_input_has_a_mnemonic_of_its_own() {
