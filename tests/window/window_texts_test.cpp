@@ -184,7 +184,10 @@ bool reads_as_english(const QString& a_text) {
     if (japanese.match(a_text).hasMatch()) {
         return false;
     }
-    for (auto found = word.globalMatch(a_text); found.hasNext();) {
+    // A path (a recent folder) is shown as it is written.
+    QString shown = a_text;
+    shown.remove(QRegularExpression(QStringLiteral("/\\S*")));
+    for (auto found = word.globalMatch(shown); found.hasNext();) {
         if (!names.contains(found.next().captured())) {
             return true;
         }

@@ -489,6 +489,13 @@
         <translation>停止(&amp;S)</translation>
     </message>
     <message>
+        <source>&amp;Debug</source>
+        <translation>デバッグ(&amp;D)</translation>
+    </message>
+    <message>
+        <source>Copy &amp;Attach Configuration</source>
+        <translation>アタッチ設定をコピー(&amp;A)</translation>
+    </message>    <message>
         <source>Run on Sa&amp;ve</source>
         <translation>保存したら実行(&amp;V)</translation>
     </message>
