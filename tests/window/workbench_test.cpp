@@ -445,7 +445,7 @@ private slots:
         QVERIFY(entries.size() >= 5);
         QListWidget* list = m_bench->history().list();
         QCOMPARE(list->count(), static_cast<int>(entries.size()));
-        QVERIFY(list->item(0)->text().contains(QStringLiteral("edited.py 「x」: 1 candidate (")));
+        QVERIFY(list->item(0)->text().contains(QStringLiteral("edited.py “x”: 1 candidate (")));
         list->setCurrentRow(1); // the run that offered "first"
         QCOMPARE(m_bench->preview().table()->item(0, 0)->text(), QStringLiteral("first"));
         list->item(0)->setSelected(true);
