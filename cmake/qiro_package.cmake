@@ -37,7 +37,7 @@ add_custom_target(qiro_packaging_files ALL DEPENDS ${qiro_compressed})
 
 set(qiro_doc_dir share/doc/qiro-lumen-debugger)
 install(FILES ${qiro_staged}/changelog.gz ${qiro_packaging}/debian/copyright
-        DESTINATION ${qiro_doc_dir})
+        ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${qiro_doc_dir})
 
 install(FILES ${qiro_packaging}/completions/qiro-lumen.bash
         DESTINATION share/bash-completion/completions RENAME qiro-lumen)
@@ -67,7 +67,8 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The bridges start the interpreters by name; without them a run reports that no interpreter
 # accepted the file, so the tool still installs and lists plug-ins. libsecret is loaded when the
 # proxy password is first read (shlibdeps cannot see it); without it the password reads as empty.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "perl, ruby, python3, python-is-python3, libsecret-1-0")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+    "perl, ruby, python3, python-is-python3, libsecret-1-0, qt6-translations-l10n")
 # The proxy password lives in a Secret Service; without one it reads as empty. debugpy lets
 # --debug attach an editor to a Python plug-in; without it such a run is refused. The coverage
 # tools serve "test --coverage" only (Ruby's comes with ruby), and lcov its HTML report.

@@ -18,3 +18,11 @@ QIRO_DIAGNOSIS_SCREENSHOT="$root/docs/diagnosis.png" QT_QPA_PLATFORM=xcb LANG=C.
     xvfb-run -a -s "-screen 0 1280x1024x24" "$root/build/bin/diagnosis_list_tests" \
     a_failed_run_in_the_window_lists_its_findings_under_the_panes
 echo "screenshot: $root/docs/diagnosis.png"
+# docs/first-window-en.png and first-window-ja.png: the first window (first start, so its first
+# size) after a run of the Python sample, in each language.
+for language in en ja; do
+    QIRO_SCREENSHOT_DIR="$root/docs" QIRO_TEST_LANGUAGE=$language QT_QPA_PLATFORM=xcb \
+        LANG=C.UTF-8 xvfb-run -a -s "-screen 0 1280x1024x24" "$root/build/bin/window_texts_tests" \
+        the_first_window_shows_a_runs_whole_summary
+done
+echo "screenshots: $root/docs/first-window-en.png, first-window-ja.png"

@@ -11,7 +11,7 @@ shift
 
 packages=(
     build-essential cmake ninja-build pkg-config clang
-    qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools
+    qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-translations-l10n
     libxml2-dev libicu-dev zlib1g-dev liblzma-dev libplist-dev libsecret-1-dev libglib2.0-dev
     libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev

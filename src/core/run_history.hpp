@@ -22,6 +22,7 @@ struct history_entry {
     run_report report;
     std::string entry = "run"; // "run", "callback" or "preference"
     bool outputs_cut = false;  // the kept outputs were cut to output_limit
+    bool stopped = false;      // Stop ended the run before its time-out
 };
 
 // A few words on how a run ended: "parsed", "not parsed", "not run", "failed", "refused".

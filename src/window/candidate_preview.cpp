@@ -99,13 +99,13 @@ candidate_preview::candidate_preview(QTabWidget* a_tabs) : QObject(a_tabs) {
     m_comment_view->setObjectName(QStringLiteral("m_comment_view"));
     page->setStretchFactor(0, 3);
     page->setStretchFactor(1, 1);
-    a_tabs->addTab(page, tr("&Candidates"));
+    a_tabs->addTab(page, tr("Cand&idates"));
 
     m_document_view = new QPlainTextEdit;
     m_document_view->setObjectName(QStringLiteral("m_candidate_list_view"));
     m_document_view->setReadOnly(true);
     m_document_view->setLineWrapMode(QPlainTextEdit::NoWrap);
-    a_tabs->addTab(m_document_view, tr("Candidate &list document"));
+    a_tabs->addTab(m_document_view, tr("Candidate list docu&ment"));
 
     connect(m_table, &QTableWidget::itemSelectionChanged, this, [this] {
         show_selected_comment();

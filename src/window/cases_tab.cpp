@@ -4,8 +4,10 @@
 #include "core/coverage_companion.hpp"
 #include "core/editor_command.hpp"
 #include "coverage/coverage_writers.hpp"
+#include "platform/command_runner.hpp"
 #include "text/string_encode.hpp"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QColor>
 #include <QCoreApplication>
@@ -15,6 +17,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -23,6 +26,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <atomic>
 #include <map>
 
 namespace qiro_plugin::debugger {
@@ -65,6 +69,8 @@ struct cases_tab::impl {
     std::unique_ptr<cases::cases_file> m_file;
     std::map<std::size_t, cases::case_outcome> m_outcomes;
     bool m_running = false;
+    // Set by Stop: no further case starts, and the running ones end at once.
+    std::atomic<bool> m_stop = false;
     // What the last run with coverage reached of the plug-in.
     std::optional<coverage::file_coverage> m_coverage;
     std::unique_ptr<QTemporaryDir> m_report_folder;
@@ -83,33 +89,37 @@ cases_tab::cases_tab(plugin_source a_selected, QWidget* a_parent)
     m_detail->setObjectName(QStringLiteral("case_detail"));
     m_detail->setReadOnly(true);
     m_status = new QLabel(this);
-    m_run_all_button = new QPushButton(tr("Run all"), this);
-    m_run_selected_button = new QPushButton(tr("Run selected"), this);
-    auto* reload_button = new QPushButton(tr("Reload"), this);
+    m_run_all_button = new QPushButton(tr("Run &all"), this);
+    m_run_selected_button = new QPushButton(tr("Run selec&ted"), this);
 
-    m_coverage_check = new QCheckBox(tr("Coverage"), this);
+    m_coverage_check = new QCheckBox(tr("Co&verage"), this);
     m_coverage_check->setObjectName(QStringLiteral("coverage_check"));
     m_coverage_check->setToolTip(tr("Run each case under its language's coverage tool and show "
                                     "which lines of the plug-in the cases reach."));
     m_coverage_summary = new QLabel(this);
     m_coverage_summary->setObjectName(QStringLiteral("coverage_summary"));
-    m_open_uncovered_button = new QPushButton(tr("First line not reached"), this);
-    m_open_uncovered_button->setObjectName(QStringLiteral("open_uncovered"));
-    m_open_report_button = new QPushButton(tr("HTML report"), this);
-    m_open_report_button->setObjectName(QStringLiteral("open_coverage_report"));
-    m_open_uncovered_button->setEnabled(false);
-    m_open_report_button->setEnabled(false);
+    // Both ways to look at the coverage sit behind one button, so that the tab's controls
+    // leave letters enough for the window's own mnemonics.
+    m_coverage_button = new QPushButton(tr("&Coverage report"), this);
+    m_coverage_button->setObjectName(QStringLiteral("coverage_report"));
+    auto* coverage_menu = new QMenu(m_coverage_button);
+    m_open_uncovered = coverage_menu->addAction(tr("&First Line Not Reached"));
+    m_open_uncovered->setObjectName(QStringLiteral("open_uncovered"));
+    m_open_report = coverage_menu->addAction(tr("&HTML Report"));
+    m_open_report->setObjectName(QStringLiteral("open_coverage_report"));
+    m_coverage_button->setMenu(coverage_menu);
+    m_open_uncovered->setEnabled(false);
+    m_open_report->setEnabled(false);
+    m_coverage_button->setEnabled(false);
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(m_run_all_button);
     buttons->addWidget(m_run_selected_button);
-    buttons->addWidget(reload_button);
     buttons->addWidget(m_coverage_check);
     buttons->addWidget(m_status, 1);
     auto* coverage_row = new QHBoxLayout;
     coverage_row->addWidget(m_coverage_summary, 1);
-    coverage_row->addWidget(m_open_uncovered_button);
-    coverage_row->addWidget(m_open_report_button);
+    coverage_row->addWidget(m_coverage_button);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(buttons);
     layout->addLayout(coverage_row);
@@ -118,10 +128,8 @@ cases_tab::cases_tab(plugin_source a_selected, QWidget* a_parent)
 
     connect(m_run_all_button, &QPushButton::clicked, this, &cases_tab::run_all);
     connect(m_run_selected_button, &QPushButton::clicked, this, &cases_tab::run_selected);
-    connect(reload_button, &QPushButton::clicked, this, &cases_tab::reload);
-    connect(m_open_uncovered_button, &QPushButton::clicked, this,
-            &cases_tab::open_first_line_not_reached);
-    connect(m_open_report_button, &QPushButton::clicked, this, &cases_tab::open_html_report);
+    connect(m_open_uncovered, &QAction::triggered, this, &cases_tab::open_first_line_not_reached);
+    connect(m_open_report, &QAction::triggered, this, &cases_tab::open_html_report);
     connect(m_list, &QTreeWidget::itemSelectionChanged, this, &cases_tab::show_detail);
     reload();
 }
@@ -138,8 +146,9 @@ void cases_tab::reload() {
     p_impl->m_file.reset();
     p_impl->m_coverage.reset();
     m_coverage_summary->clear();
-    m_open_uncovered_button->setEnabled(false);
-    m_open_report_button->setEnabled(false);
+    m_open_uncovered->setEnabled(false);
+    m_open_report->setEnabled(false);
+    m_coverage_button->setEnabled(false);
     const auto plugin = p_impl->m_selected ? p_impl->m_selected() : std::nullopt;
     if (!plugin) {
         m_status->setText(tr("No plug-in selected."));
@@ -208,8 +217,11 @@ void cases_tab::run(const std::vector<std::size_t>& a_indexes) {
         return;
     }
     p_impl->m_running = true;
+    p_impl->m_stop = false;
     m_run_all_button->setEnabled(false);
     m_run_selected_button->setEnabled(false);
+    m_status->setText(tr("Stop (Esc) ends the running cases."));
+    emit running_changed(true);
     std::vector<cases::case_job> jobs;
     for (const auto index : a_indexes) {
         jobs.push_back({p_impl->m_file.get(), &p_impl->m_file->cases.at(index)});
@@ -217,18 +229,35 @@ void cases_tab::run(const std::vector<std::size_t>& a_indexes) {
     }
     int passed = 0;
     int failed = 0;
+    int stopped = 0;
     cases::run_options options;
+    options.stop = &p_impl->m_stop;
     options.on_done = [&](std::size_t a_job, const cases::case_outcome& a_outcome) {
         const std::size_t index = a_indexes[a_job];
         auto* item = m_list->topLevelItem(static_cast<int>(index));
-        item->setText(result_column, a_outcome.check.passed ? tr("pass") : tr("FAIL"));
-        item->setForeground(result_column,
-                            a_outcome.check.passed ? QColor(0, 128, 0) : QColor(192, 0, 0));
+        // A case that Stop ended, or kept from starting, did not fail: it did not finish.
+        const bool ended_by_stop =
+            p_impl->m_stop && (a_outcome.skipped || a_outcome.run.report.timed_out_after_s);
+        if (ended_by_stop) {
+            item->setText(result_column, tr("stopped"));
+            item->setForeground(result_column, QColor(128, 128, 128));
+            ++stopped;
+        } else {
+            item->setText(result_column, a_outcome.check.passed ? tr("pass") : tr("FAIL"));
+            item->setForeground(result_column,
+                                a_outcome.check.passed ? QColor(0, 128, 0) : QColor(192, 0, 0));
+            (a_outcome.check.passed ? passed : failed) += 1;
+        }
         p_impl->m_outcomes[index] = a_outcome;
-        (a_outcome.check.passed ? passed : failed) += 1;
     };
-    // The cases run on worker threads; this thread keeps the window painted meanwhile.
-    options.on_wait = [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); };
+    // The cases run on worker threads; this thread keeps the window live meanwhile. The
+    // window's Stop takes its clicks and keys now, and holds the others until the end.
+    options.on_wait = [this] {
+        if (p_impl->m_stop) {
+            utility::stop_running_commands(); // a command that started after Stop
+        }
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+    };
     std::optional<coverage_collection> measured;
     if (m_coverage_check->isChecked()) {
         measured.emplace();
@@ -243,9 +272,22 @@ void cases_tab::run(const std::vector<std::size_t>& a_indexes) {
     p_impl->m_running = false;
     m_run_all_button->setEnabled(true);
     m_run_selected_button->setEnabled(true);
-    m_status->setText(tr("%1 passed, %2 failed").arg(passed).arg(failed));
+    m_status->setText(stopped > 0 ? tr("%1 passed, %2 failed, %3 stopped")
+                                        .arg(passed)
+                                        .arg(failed)
+                                        .arg(stopped)
+                                  : tr("%1 passed, %2 failed").arg(passed).arg(failed));
+    emit running_changed(false);
     show_detail();
     emit cases_finished(passed, failed);
+}
+
+void cases_tab::stop() {
+    if (!p_impl->m_running) {
+        return;
+    }
+    p_impl->m_stop = true;
+    utility::stop_running_commands();
 }
 
 void cases_tab::show_coverage(const coverage_collection& a_measured) {
@@ -253,17 +295,26 @@ void cases_tab::show_coverage(const coverage_collection& a_measured) {
     p_impl->m_coverage.reset();
     if (files.size() == 1) {
         p_impl->m_coverage = files.front();
-        m_coverage_summary->setText(
-            from_utf8(coverage::summary_line(path_of(p_impl->m_file->plugin).filename().string(),
-                                             coverage::summarize(files.front()))));
+        const auto counts = coverage::summarize(files.front());
+        QString line = tr("%1: %2 of %3 lines (%4 %)")
+                           .arg(QFile::decodeName(
+                               path_of(p_impl->m_file->plugin).filename().string().c_str()))
+                           .arg(counts.lines_hit)
+                           .arg(counts.lines_found)
+                           .arg(coverage::whole_percent(counts.lines_hit, counts.lines_found));
+        if (counts.branches_found > 0) {
+            line += tr(", %1 of %2 branches").arg(counts.branches_hit).arg(counts.branches_found);
+        }
+        m_coverage_summary->setText(line);
     } else {
         // Nothing measured: the runs were refused (the tool is missing) or left no data.
         const auto problems = a_measured.problems();
         m_coverage_summary->setText(problems.empty() ? tr("No coverage: see the cases' results.")
                                                      : from_utf8(problems.front()));
     }
-    m_open_uncovered_button->setEnabled(first_line_not_reached() > 0);
-    m_open_report_button->setEnabled(p_impl->m_coverage.has_value());
+    m_open_uncovered->setEnabled(first_line_not_reached() > 0);
+    m_open_report->setEnabled(p_impl->m_coverage.has_value());
+    m_coverage_button->setEnabled(m_open_uncovered->isEnabled() || m_open_report->isEnabled());
 }
 
 unsigned cases_tab::first_line_not_reached() const {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 
+class QAction;
 class QCheckBox;
 class QLabel;
 class QPlainTextEdit;
@@ -58,9 +59,14 @@ public slots:
     void open_first_line_not_reached();
     // Opens write_html_report()'s index.html in the desktop's browser.
     void open_html_report();
+    // Ends the cases running now (their processes and bridge files go) and starts no other;
+    // they show as stopped, not failed.
+    void stop();
 
 signals:
     void cases_finished(int a_passed, int a_failed);
+    // Cases began or ended running.
+    void running_changed(bool a_running);
 
 private:
     void run(const std::vector<std::size_t>& a_indexes);
@@ -76,8 +82,9 @@ private:
     QPushButton* m_run_selected_button = nullptr;
     QCheckBox* m_coverage_check = nullptr;
     QLabel* m_coverage_summary = nullptr;
-    QPushButton* m_open_uncovered_button = nullptr;
-    QPushButton* m_open_report_button = nullptr;
+    QPushButton* m_coverage_button = nullptr;
+    QAction* m_open_uncovered = nullptr;
+    QAction* m_open_report = nullptr;
 };
 
 } // namespace qiro_plugin::debugger

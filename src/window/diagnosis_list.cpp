@@ -2,11 +2,12 @@
 
 #include "core/editor_command.hpp"
 
-#include <QComboBox>
+#include <QAction>
+#include <QActionGroup>
 #include <QDesktopServices>
-#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QProcess>
 #include <QStyle>
 #include <QTreeWidget>
@@ -59,30 +60,38 @@ diagnosis_list::diagnosis_list(QWidget* a_parent) : QWidget(a_parent) {
     m_tree->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
     m_tree->setWordWrap(true);
 
-    m_probe = new QComboBox(this);
-    m_probe->setObjectName(QStringLiteral("probe_policy"));
+    m_probe_menu = new QMenu(tr("Pro&be the Plug-in"), this);
+    m_probe_menu->setObjectName(QStringLiteral("probe_policy"));
+    m_probe_menu->setToolTipsVisible(true);
+    m_probe_menu->menuAction()->setToolTip(tr("A probe runs the plug-in a second time to see what "
+                                              "its entry returned and which candidates the "
+                                              "bridge drops."));
+    m_probe = new QActionGroup(this);
     // In the order of probe_policy.
-    m_probe->addItems({tr("after a failed or empty run"), tr("after every run"), tr("never")});
-    m_probe->setToolTip(tr("A probe runs the plug-in a second time to see what its entry "
-                           "returned and which candidates the bridge drops."));
+    for (const QString& text :
+         {tr("After a &Failed or Empty Run"), tr("After &Every Run"), tr("&Never")}) {
+        QAction* choice = m_probe_menu->addAction(text);
+        choice->setCheckable(true);
+        m_probe->addAction(choice);
+    }
+    m_probe->actions().front()->setChecked(true);
 
-    auto* row = new QHBoxLayout;
-    row->addWidget(new QLabel(tr("Probe the plug-in:"), this));
-    row->addWidget(m_probe);
-    row->addStretch(1);
+    auto* label = new QLabel(tr("Dia&gnosis:"), this);
+    label->setBuddy(m_tree);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(2);
+    layout->addWidget(label);
     layout->addWidget(m_tree, 1);
-    layout->addLayout(row);
 
-    connect(m_probe, &QComboBox::currentIndexChanged, this,
+    connect(m_probe, &QActionGroup::triggered, this,
             [this] { emit probe_policy_changed(policy()); });
     connect(m_tree, &QTreeWidget::itemDoubleClicked, this,
             [this](QTreeWidgetItem* a_item) { open_place(a_item); });
 }
 
 probe_policy diagnosis_list::policy() const {
-    return static_cast<probe_policy>(m_probe->currentIndex());
+    return static_cast<probe_policy>(m_probe->actions().indexOf(m_probe->checkedAction()));
 }
 
 void diagnosis_list::show_findings(const std::vector<diagnosis::finding>& a_findings) {

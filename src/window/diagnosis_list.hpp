@@ -1,6 +1,6 @@
 #pragma once
-// The findings of the last run under the panes, with the probe choice; a double click opens the
-// place in the author's editor.
+// The findings of the last run under the panes, and the probe choice for the Run menu; a double
+// click opens the place in the author's editor.
 
 #include "core/debug_runner.hpp"
 #include "diagnosis/finding.hpp"
@@ -9,7 +9,8 @@
 
 #include <vector>
 
-class QComboBox;
+class QActionGroup;
+class QMenu;
 class QTreeWidget;
 class QTreeWidgetItem;
 
@@ -25,6 +26,8 @@ public:
     void show_findings(const std::vector<diagnosis::finding>& a_findings);
     probe_policy policy() const;
     QTreeWidget* tree() const { return m_tree; }
+    // When to probe, one checkable item per policy; the window puts it into its Run menu.
+    QMenu* probe_menu() const { return m_probe_menu; }
 
 signals:
     void probe_policy_changed(qiro_plugin::debugger::probe_policy a_policy);
@@ -33,7 +36,8 @@ private:
     void open_place(QTreeWidgetItem* a_item);
 
     QTreeWidget* m_tree = nullptr;
-    QComboBox* m_probe = nullptr;
+    QMenu* m_probe_menu = nullptr;
+    QActionGroup* m_probe = nullptr;
 };
 
 } // namespace qiro_plugin::debugger

@@ -7,7 +7,9 @@
 #include "window/cases_tab.hpp"
 #include "window/folder_watch.hpp"
 #include "window/history_panel.hpp"
+#include "window/stop_control.hpp"
 #include "window/ui_controller.hpp"
+#include "window/window_menus.hpp"
 #include "window/workbench.hpp"
 
 #include <QAction>
@@ -76,12 +78,19 @@ cases_tab* add_cases_tab(ui_controller& a_controller, workbench& a_bench) {
     auto* cases =
         new cases_tab([&a_controller] { return a_controller.menu_model().selected_plugin(); });
     const Ui::main_window& form = a_controller.form();
-    form.m_result_tabs->addTab(cases, tr("Cases"));
+    form.m_result_tabs->addTab(cases, tr("Cas&es"));
     // Connected after the controller's own handlers, so the tab reads the new selection.
-    QObject::connect(form.m_loaded_plusins_popup_button, &QComboBox::activated, cases,
-                     &cases_tab::reload);
-    QObject::connect(form.m_reload_button, &QPushButton::clicked, cases, &cases_tab::reload);
+    // Every way the menu changes (Reload, F5, another plug-in or folder, the folder watch)
+    // reads the cases again, so the tab needs no Reload of its own.
+    QObject::connect(&a_bench, &workbench::selection_changed, cases, &cases_tab::reload);
     connect_history(a_bench.history(), *cases);
+    // The window's Stop (its button, Esc, Run › Stop) ends the cases too, and while they run
+    // other clicks and keys wait, as during a run of the window.
+    QObject::connect(cases, &cases_tab::running_changed, &a_bench.stopper(),
+                     &stop_control::set_running);
+    QObject::connect(cases, &cases_tab::running_changed, a_bench.menus().stop,
+                     &QAction::setEnabled);
+    QObject::connect(&a_bench.stopper(), &stop_control::stopped, cases, &cases_tab::stop);
     // Connected after the workbench's own re-run, which blocks until the plug-in has ended, so
     // the cases start after it and never inside it.
     QObject::connect(&a_bench.watch(), &folder_watch::rerun_due, cases, &cases_tab::run_all);

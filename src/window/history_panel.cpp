@@ -12,6 +12,12 @@ namespace qiro_plugin::debugger {
 namespace {
 
 QString outcome_text(const history_entry& a_entry) {
+    // A run that Stop or the time-out ended is not a broken one: its output was never complete.
+    if (const auto seconds = a_entry.report.timed_out_after_s) {
+        return (a_entry.stopped ? history_panel::tr("stopped after %1 s")
+                                : history_panel::tr("timed out after %1 s"))
+            .arg(*seconds, 0, 'f', 1);
+    }
     const std::string word = outcome_word(a_entry.report);
     if (word == "parsed") {
         return history_panel::tr("%n candidate(s)", "",
@@ -81,18 +87,22 @@ QString history_title(const history_entry& a_entry) {
     QString title = time.toString(QStringLiteral("HH:mm:ss")) + QLatin1Char(' ') +
                     to_qstring(a_entry.plugin.second);
     if (a_entry.entry == "run") {
-        title += QStringLiteral(" 「") + to_qstring(a_entry.written_form) + QStringLiteral("」");
+        // Quoted as the language quotes: “…” in English, 「…」 in Japanese.
+        title += QLatin1Char(' ') +
+                 history_panel::tr("“%1”").arg(to_qstring(a_entry.written_form));
         if (!a_entry.reading.empty()) {
-            title += history_panel::tr(" reading 「%1」").arg(to_qstring(a_entry.reading));
+            title += history_panel::tr(" reading “%1”").arg(to_qstring(a_entry.reading));
         }
     } else {
         title += QLatin1Char(' ') + (a_entry.entry == "callback" ? history_panel::tr("callback")
                                                                  : history_panel::tr("preference"));
     }
     title += QStringLiteral(": ") + outcome_text(a_entry);
-    title += history_panel::tr(" (%1 + %2 ms)")
-                 .arg(a_entry.report.syntax_check_ms, 0, 'f', 0)
-                 .arg(a_entry.report.run_ms, 0, 'f', 0);
+    if (!a_entry.report.timed_out_after_s) {
+        title += history_panel::tr(" (%1 + %2 ms)")
+                     .arg(a_entry.report.syntax_check_ms, 0, 'f', 0)
+                     .arg(a_entry.report.run_ms, 0, 'f', 0);
+    }
     return title;
 }
 
@@ -144,7 +154,7 @@ history_panel::history_panel(QTabWidget* a_tabs) : QObject(a_tabs) {
     m_details = new QTextBrowser(page);
     m_details->setObjectName(QStringLiteral("m_history_details"));
     m_details->setOpenLinks(false);
-    a_tabs->addTab(page, tr("&History"));
+    a_tabs->addTab(page, tr("Histor&y"));
     connect(m_list, &QListWidget::itemSelectionChanged, this, &history_panel::show_selection);
 }
 

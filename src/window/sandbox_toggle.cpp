@@ -13,8 +13,8 @@ const QString settings_key = QStringLiteral("run/sandbox");
 } // namespace
 
 sandbox_toggle::sandbox_toggle(run_options& a_options, QWidget* a_parent)
-    : QWidget(a_parent), m_options(a_options), m_sandbox(new QCheckBox(tr("Sandbox"), this)),
-      m_no_network(new QCheckBox(tr("No network"), this)) {
+    : QWidget(a_parent), m_options(a_options), m_sandbox(new QCheckBox(tr("Sandbo&x"), this)),
+      m_no_network(new QCheckBox(tr("No networ&k"), this)) {
     m_sandbox->setToolTip(tr("Run plug-ins inside bubblewrap: the system and the plug-in's "
                              "folder read-only, the rest of your home folder out of reach."));
     m_no_network->setToolTip(tr("Cut the network inside the sandbox."));

@@ -43,9 +43,9 @@ settings_dialog::settings_dialog(const QStringList& a_plugin_names, bool a_keyri
     for (const auto& name : change_keys().get_key_list()) {
         m_change_key->addItem(to_qstring(name));
     }
-    m_shift = new QCheckBox(tr("Shift"));
-    m_ctrl = new QCheckBox(tr("Ctrl"));
-    m_option = new QCheckBox(tr("Option"));
+    m_shift = new QCheckBox(tr("S&hift"));
+    m_ctrl = new QCheckBox(tr("C&trl"));
+    m_option = new QCheckBox(tr("Opt&ion"));
     key_row->addWidget(m_change_key, 1);
     key_row->addWidget(m_shift);
     key_row->addWidget(m_ctrl);
@@ -60,7 +60,7 @@ settings_dialog::settings_dialog(const QStringList& a_plugin_names, bool a_keyri
         box->addItems(a_plugin_names);
         box->setObjectName(QStringLiteral("m_plugin_key_%1").arg(index + 1));
         m_plugin_keys[index] = box;
-        candidate_form->addRow(tr("Plug-in key %1:").arg(index + 1), box);
+        candidate_form->addRow(tr("Plug-in key &%1:").arg(index + 1), box);
     }
     layout->addWidget(candidates);
 

@@ -17,12 +17,14 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFontDatabase>
+#include <QLabel>
 #include <QMainWindow>
 #include <QStatusBar>
 #include <QTextCursor>
 
 #include <cstring>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace qiro_plugin::debugger {
@@ -84,6 +86,8 @@ struct ui_controller::impl {
     std::unique_ptr<main_window_frame> m_window = std::make_unique<main_window_frame>();
     debug_runner m_runner;
     run_options m_options;
+    // The plug-in whose run the status line and the diagnosis list show.
+    std::optional<plugin_entry> m_shown_plugin;
 };
 
 ui_controller& ui_controller::getInstance() {
@@ -127,9 +131,15 @@ ui_controller::ui_controller() : p_impl(std::make_unique<impl>(*this)) {
     connect(m_run_debug_button, &QPushButton::clicked, this, &ui_controller::run_debug);
     connect(m_hyoki_text_field, &QLineEdit::returnPressed, this, &ui_controller::run_debug);
     connect(p_impl->m_ui.m_reload_button, &QPushButton::clicked, this, &ui_controller::reload);
-    connect(m_loaded_plusins_popup_button, &QComboBox::activated, this,
-            [this](int a_index) { m_menu_model.select(static_cast<std::size_t>(a_index)); });
-    m_self_window->statusBar()->addPermanentWidget(new sandbox_toggle(p_impl->m_options));
+    connect(m_loaded_plusins_popup_button, &QComboBox::activated, this, [this](int a_index) {
+        m_menu_model.select(static_cast<std::size_t>(a_index));
+        forget_other_plugins_run();
+    });
+    // Beside the other run controls, so the status line keeps the window's whole width.
+    p_impl->m_ui.entry_row->addWidget(new sandbox_toggle(p_impl->m_options));
+    // A summary longer than the window is wide is still there to read whole.
+    QStatusBar* status = m_self_window->statusBar();
+    connect(status, &QStatusBar::messageChanged, status, &QWidget::setToolTip);
     awake_from_nib();
 }
 
@@ -161,6 +171,7 @@ run_options& ui_controller::options() {
 
 run_report ui_controller::run(run_request a_request) {
     a_request.options = p_impl->m_options;
+    p_impl->m_shown_plugin = a_request.plugin;
     return p_impl->m_runner.run(a_request);
 }
 
@@ -184,6 +195,13 @@ void ui_controller::awake_from_nib() {
     keep_place.setRetainSizeWhenHidden(true);
     m_progress->setSizePolicy(keep_place);
     m_progress->setVisible(false);
+    // The moving bar says what it stands for.
+    m_progress_label = new QLabel(tr("Running…"), m_self_window);
+    m_progress_label->setSizePolicy(keep_place);
+    p_impl->m_ui.hyoki_row->insertWidget(p_impl->m_ui.hyoki_row->indexOf(m_progress),
+                                         m_progress_label);
+    m_progress_label->setVisible(false);
+    m_progress->setAccessibleName(m_progress_label->text());
 
     const QSize initial = m_self_window->size();
     m_self_window->setMinimumSize(initial);
@@ -218,6 +236,19 @@ void ui_controller::fill_menu() {
     }
     m_loaded_plusins_popup_button->setEnabled(m_menu_model.is_menu_enabled());
     m_run_debug_button->setEnabled(m_menu_model.is_run_enabled());
+    forget_other_plugins_run();
+}
+
+void ui_controller::forget_shown_run() {
+    p_impl->m_shown_plugin.reset();
+    m_self_window->statusBar()->clearMessage();
+    m_diagnosis_list->show_findings({});
+}
+
+void ui_controller::forget_other_plugins_run() {
+    if (p_impl->m_shown_plugin && p_impl->m_shown_plugin != m_menu_model.selected_plugin()) {
+        forget_shown_run();
+    }
 }
 
 void ui_controller::run_debug() {
@@ -251,7 +282,10 @@ void ui_controller::show_run_summary(const run_report& a_report, const QString& 
                                            : tr("(sandboxed)"));
     }
     if (const auto finding = diagnosis::summarize(a_report.findings); !finding.empty()) {
-        summary += QLatin1Char(' ') + QString::fromStdString(finding);
+        // What went wrong comes first: the line may be cut at the window's edge.
+        summary = verdict.severity == run_verdict::level::success
+                      ? summary + QLatin1Char(' ') + QString::fromStdString(finding)
+                      : QString::fromStdString(finding) + QStringLiteral(" — ") + summary;
     }
     m_self_window->statusBar()->showMessage(summary);
 }
@@ -286,7 +320,11 @@ void ui_controller::clear_std_error_output_text() {
 }
 
 void ui_controller::start_progress() {
+    // Nothing of the previous run stays on show as if it were this one's.
+    m_self_window->statusBar()->clearMessage();
+    m_diagnosis_list->show_findings({});
     m_progress->setRange(0, 0);
+    m_progress_label->setVisible(true);
     m_progress->setVisible(true);
     emit busy_changed(true);
     // Paint the indicator now: the run blocks this thread until its commands end.
@@ -295,6 +333,7 @@ void ui_controller::start_progress() {
 
 void ui_controller::stop_progress() {
     m_progress->setVisible(false);
+    m_progress_label->setVisible(false);
     emit busy_changed(false);
 }
 

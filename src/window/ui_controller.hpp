@@ -12,6 +12,7 @@
 class QApplication;
 class QString;
 class QComboBox;
+class QLabel;
 class QLineEdit;
 class QMainWindow;
 class QPlainTextEdit;
@@ -74,6 +75,10 @@ private:
     ui_controller();
     void awake_from_nib();
     void fill_menu();
+    // Clears the status line and the diagnosis list of the last run shown.
+    void forget_shown_run();
+    // The same, when another plug-in than the one that ran is chosen now.
+    void forget_other_plugins_run();
     // One line under the panes on how the run went: language, candidates, timings.
     void show_run_summary(const run_report& a_report, const QString& a_file_name);
     void start_progress() override;
@@ -88,6 +93,7 @@ private:
     QMainWindow* m_self_window = nullptr;
     QPlainTextEdit* m_warning_text_view = nullptr;
     QProgressBar* m_progress = nullptr;
+    QLabel* m_progress_label = nullptr;
     QLineEdit* m_hyoki_text_field = nullptr;
     QPlainTextEdit* m_std_output_text_view = nullptr;
     QPlainTextEdit* m_std_error_output_text_view = nullptr;

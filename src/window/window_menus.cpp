@@ -34,6 +34,9 @@ window_menus make_window_menus(QMainWindow* a_window) {
     menus.open_folder =
         add(file, "action_open_folder", QT_TRANSLATE_NOOP("window_menus", "&Open Plug-in Folder…"),
             QKeySequence::Open);
+    menus.open_recent =
+        file->addMenu(text(QT_TRANSLATE_NOOP("window_menus", "Open Re&cent Plug-in Folder")));
+    menus.open_recent->setObjectName(QStringLiteral("menu_open_recent"));
     menus.reload = add(file, "action_reload", QT_TRANSLATE_NOOP("window_menus", "&Reload"),
                        QKeySequence(Qt::Key_F5));
     file->addSeparator();
@@ -48,7 +51,8 @@ window_menus make_window_menus(QMainWindow* a_window) {
     menus.quit = add(file, "action_quit", QT_TRANSLATE_NOOP("window_menus", "&Quit"),
                      QKeySequence(Qt::CTRL | Qt::Key_Q));
 
-    QMenu* run = bar->addMenu(text(QT_TRANSLATE_NOOP("window_menus", "&Run")));
+    QMenu* run = bar->addMenu(text(QT_TRANSLATE_NOOP("window_menus", "R&un")));
+    menus.run_menu = run;
     menus.run = add(run, "action_run", QT_TRANSLATE_NOOP("window_menus", "&Run"),
                     QKeySequence(Qt::CTRL | Qt::Key_Return));
     menus.callback = add(run, "action_callback", QT_TRANSLATE_NOOP("window_menus", "&Callback"));

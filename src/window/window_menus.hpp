@@ -4,6 +4,7 @@
 #include <QObject>
 
 class QAction;
+class QMenu;
 class QMainWindow;
 
 namespace qiro_plugin::debugger {
@@ -11,6 +12,7 @@ namespace qiro_plugin::debugger {
 struct window_menus {
     QAction* new_plugin = nullptr;
     QAction* open_folder = nullptr;
+    QMenu* open_recent = nullptr;
     QAction* save_output = nullptr;
     QAction* save_error = nullptr;
     QAction* reload = nullptr;
@@ -25,6 +27,7 @@ struct window_menus {
     QAction* run_on_save = nullptr;
     QAction* readme = nullptr;
     QAction* about = nullptr;
+    QMenu* run_menu = nullptr;
 };
 
 // Adds the menus to the window's menu bar; the caller connects the actions.

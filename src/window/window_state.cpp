@@ -4,6 +4,33 @@
 
 namespace qiro_plugin::debugger {
 
+namespace {
+
+constexpr qsizetype recent_folder_count = 5;
+const QString recent_key = QStringLiteral("inputs/recent_folders");
+
+QSettings window_settings() {
+    return QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("qiro"),
+                     QStringLiteral("qiro-lumen-debugger"));
+}
+
+} // namespace
+
+QStringList recent_folders() {
+    return window_settings().value(recent_key).toStringList().mid(0, recent_folder_count);
+}
+
+QStringList add_recent_folder(const QString& a_folder) {
+    QStringList folders = recent_folders();
+    folders.removeAll(a_folder);
+    folders.prepend(a_folder);
+    folders = folders.mid(0, recent_folder_count);
+    auto settings = window_settings();
+    settings.setValue(recent_key, folders);
+    settings.sync();
+    return folders;
+}
+
 window_state load_window_state() {
     QSettings settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("qiro"),
                        QStringLiteral("qiro-lumen-debugger"));

@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 namespace qiro_plugin::debugger {
 
@@ -22,5 +23,10 @@ struct window_state {
 // $XDG_CONFIG_HOME/qiro/qiro-lumen-debugger.ini (~/.config when unset).
 window_state load_window_state();
 void save_window_state(const window_state& a_state);
+
+// The plug-in folders the window listed last, the most recent first, at most five.
+QStringList recent_folders();
+// Puts a_folder first in that list (once) and returns the list.
+QStringList add_recent_folder(const QString& a_folder);
 
 } // namespace qiro_plugin::debugger

@@ -3,6 +3,7 @@
 #include "core/localized_texts.hpp"
 
 #include <QCoreApplication>
+#include <QLibraryInfo>
 #include <QTranslator>
 
 // The resource initialiser is a global function, so it has to be called from global scope.
@@ -23,6 +24,25 @@ void install_window_translations(QCoreApplication& a_application, const QLocale&
         QCoreApplication::removeTranslator(installed);
         delete installed;
         installed = nullptr;
+    }
+    // Qt's own texts (Save and Cancel, Copy and Select All) in the same language, from the
+    // system's Qt translations (Debian package qt6-translations-l10n).
+    static QTranslator* installed_qt = nullptr;
+    if (installed_qt != nullptr) {
+        QCoreApplication::removeTranslator(installed_qt);
+        delete installed_qt;
+        installed_qt = nullptr;
+    }
+    if (japanese) {
+        auto* qt_texts = new QTranslator(&a_application);
+        if (qt_texts->load(QLocale(QLocale::Japanese), QStringLiteral("qtbase"),
+                           QStringLiteral("_"),
+                           QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+            QCoreApplication::installTranslator(qt_texts);
+            installed_qt = qt_texts;
+        } else {
+            delete qt_texts;
+        }
     }
     auto* translator = new QTranslator(&a_application);
     if (translator->load(japanese ? QStringLiteral(":/i18n/qiro_lumen_debugger_ja.qm")

@@ -7,6 +7,7 @@
 #include "core/run_verdict.hpp"
 #include "ui_main_window.h"
 #include "window/candidate_preview.hpp"
+#include "window/diagnosis_list.hpp"
 #include "window/folder_watch.hpp"
 #include "window/history_panel.hpp"
 #include "window/keyring_probe.hpp"
@@ -33,8 +34,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTabWidget>
@@ -49,17 +52,36 @@ namespace qiro_plugin::debugger {
 
 namespace {
 
-// The README beside an installed or a built program, or in the source tree.
+// The README of the installed package (the programs live in PREFIX/lib/qiro-lumen), else the
+// one of the source tree the program was built from.
 QString find_readme() {
     const QDir program(QCoreApplication::applicationDirPath());
-    for (const char* relative :
-         {"../share/doc/qiro-lumen/README.md", "../README.md", "../../README.md"}) {
+    for (const char* relative : {"../../share/doc/qiro-lumen-debugger/README.md",
+                                 "../share/doc/qiro-lumen-debugger/README.md", "../README.md"}) {
         const QString path = program.absoluteFilePath(QString::fromLatin1(relative));
         if (QFileInfo::exists(path)) {
             return QDir::cleanPath(path);
         }
     }
+#ifdef QIRO_SOURCE_README
+    if (const QString source = QStringLiteral(QIRO_SOURCE_README); QFileInfo::exists(source)) {
+        return source;
+    }
+#endif
     return {};
+}
+
+// At the first start: two thirds of the screen, and at least what shows the panes, the
+// diagnosis list and every column of the candidate table; never more than the screen holds.
+QSize first_window_size(const QWidget& a_window) {
+    const QScreen* screen = a_window.screen() != nullptr ? a_window.screen()
+                                                         : QGuiApplication::primaryScreen();
+    QSize size = a_window.size();
+    if (screen != nullptr) {
+        const QSize available = screen->availableGeometry().size();
+        size = (available * 2 / 3).expandedTo(QSize(960, 720)).boundedTo(available);
+    }
+    return size.expandedTo(a_window.minimumSize()).boundedTo(a_window.maximumSize());
 }
 
 } // namespace
@@ -107,6 +129,7 @@ struct workbench::impl {
         history_entry entry{a_plugin, a_written_form, a_reading, std::chrono::system_clock::now(),
                             a_report};
         entry.entry = a_entry;
+        entry.stopped = m_stop->was_stopped();
         m_history->add(std::move(entry));
     }
 };
@@ -163,9 +186,8 @@ workbench::workbench(ui_controller& a_controller)
     connect(&a_controller, &ui_controller::busy_changed, this, [this](bool a_busy) {
         const auto& actions = p_impl->m_menus;
         actions.stop->setEnabled(a_busy);
-        if (!a_busy) {
-            update_entries();
-        }
+        // Callback and Preference wait for the run's end, as Run does.
+        update_entries();
     });
     connect(&a_controller, &ui_controller::run_finished, this,
             [this](const run_report& a_report, const plugin_entry& a_plugin) {
@@ -179,6 +201,13 @@ workbench::workbench(ui_controller& a_controller)
                 if (state.m_stop->was_stopped()) {
                     state.m_window->statusBar()->showMessage(
                         tr("%1 was stopped.").arg(to_qstring(a_plugin.second)));
+                    // One duration for the run everywhere: the one its finding and History give.
+                    if (const auto seconds = a_report.timed_out_after_s) {
+                        state.m_controller.form().m_elapsed_label->setText(
+                            QCoreApplication::translate("qiro_plugin::debugger::stop_control",
+                                                        "%1 s, stopped")
+                                .arg(*seconds, 0, 'f', 1));
+                    }
                 }
             });
     connect(d.m_preview, &candidate_preview::selection_changed, this, &workbench::update_entries);
@@ -226,6 +255,7 @@ workbench::workbench(ui_controller& a_controller)
     connect(menus.readme, &QAction::triggered, this, &workbench::show_readme);
     connect(menus.about, &QAction::triggered, this, &workbench::show_about);
     menus.stop->setEnabled(false);
+    menus.run_menu->insertMenu(menus.run_on_save, a_controller.diagnosis_view()->probe_menu());
 
     connect(d.m_watch, &folder_watch::folder_changed, this, [this] {
         p_impl->m_controller.reload();
@@ -286,14 +316,15 @@ void workbench::start(const start_options& a_options) {
     if (folder.isEmpty() && a_options.plugin_folder) {
         folder = *a_options.plugin_folder;
     }
-    if (folder.isEmpty() && !state.folder.isEmpty() && QFileInfo(state.folder).isDir()) {
-        folder = state.folder;
-    }
-    if (!folder.isEmpty()) {
-        set_plugin_folder(make_plugin_folder(folder.toStdString()));
-    }
+    // The plugin folder beside the program unless told otherwise, as at every start; the
+    // folders opened before are one click away in File › Open Recent Plug-in Folder.
+    set_plugin_folder(folder.isEmpty() ? default_plugin_folder()
+                                       : make_plugin_folder(folder.toStdString()));
+    remember_folder();
     if (!state.geometry.isEmpty()) {
         d.m_window->restoreGeometry(state.geometry);
+    } else {
+        d.m_window->resize(first_window_size(*d.m_window));
     }
     d.m_main_splitter->restoreState(state.main_splitter);
     d.m_pane_splitter->restoreState(state.pane_splitter);
@@ -330,8 +361,23 @@ bool workbench::select_plugin(const QString& a_file_name) {
     return true;
 }
 
+void workbench::remember_folder() {
+    QMenu* menu = p_impl->m_menus.open_recent;
+    menu->clear();
+    int number = 0;
+    for (const QString& folder : add_recent_folder(folder_path())) {
+        // "&1 /path": the digit is the item's mnemonic, the path stays as it is written.
+        QString shown = folder;
+        shown.replace(QLatin1Char('&'), QStringLiteral("&&"));
+        QAction* item = menu->addAction(QStringLiteral("&%1 ").arg(++number) + shown);
+        item->setEnabled(QFileInfo(folder).isDir());
+        connect(item, &QAction::triggered, this, [this, folder] { open_folder(folder); });
+    }
+}
+
 void workbench::open_folder(const QString& a_folder) {
     set_plugin_folder(make_plugin_folder(a_folder.toStdString()));
+    remember_folder();
     p_impl->m_watch->watch_folder(folder_path());
     p_impl->m_controller.reload();
     after_menu_change();

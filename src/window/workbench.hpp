@@ -77,6 +77,8 @@ signals:
 
 private:
     void after_menu_change();
+    // Puts the folder listed now first in File › Open Recent Plug-in Folder.
+    void remember_folder();
     void update_entries();
     void show_entry_summary(diagnosis::entry_kind a_entry, const struct run_report& a_report);
     void save_pane(bool a_error_pane);

@@ -2,6 +2,7 @@
 #include "text/string_encode.hpp"
 #include "window/cases_tab.hpp"
 
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QFileInfo>
@@ -79,7 +80,7 @@ private slots:
         const std::optional<debugger::plugin_entry> selected = debugger::plugin_entry{
             string_encode::MultiByteFilePathToWideChar(folder.c_str()), u"branchy_python.py"};
         debugger::cases_tab tab([&selected] { return selected; });
-        auto* open_uncovered = tab.findChild<QPushButton*>(QStringLiteral("open_uncovered"));
+        auto* open_uncovered = tab.findChild<QAction*>(QStringLiteral("open_uncovered"));
         QVERIFY(open_uncovered != nullptr);
 
         // Unticked, the cases run as they always did: nothing is measured.
@@ -103,7 +104,8 @@ private slots:
         script.close();
         script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         qputenv("VISUAL", editor.toUtf8());
-        open_uncovered->click();
+        QVERIFY(open_uncovered->isEnabled());
+        open_uncovered->trigger();
         QTRY_VERIFY(QFileInfo(opened).size() > 0);
         QFile written(opened);
         QVERIFY(written.open(QIODevice::ReadOnly));

@@ -8,6 +8,7 @@
 #include "window/history_cases.hpp"
 #include "window/history_panel.hpp"
 #include "window/output_pane.hpp"
+#include "window/qt_text.hpp"
 #include "window/settings_dialog.hpp"
 #include "window/stop_control.hpp"
 #include "window/ui_controller.hpp"
@@ -28,6 +29,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMainWindow>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -42,6 +44,8 @@
 #include <QtTest>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 using namespace qiro_plugin;
 using namespace qiro_plugin::debugger;
@@ -234,6 +238,12 @@ private slots:
         QVERIFY(finding != nullptr);
         QVERIFY(finding->text(0).startsWith(QStringLiteral("The run was stopped after")));
         QVERIFY(finding->toolTip(0).contains(QStringLiteral("on error")));
+        // History says the run was stopped, after as long as the label and the finding say.
+        const QString seconds = find<QLabel>("m_elapsed_label")->text().section(QLatin1Char(' '), 0, 0);
+        QVERIFY(finding->text(0).contains(seconds));
+        const QString recorded = find<QListWidget>("m_history_list")->item(0)->text();
+        QVERIFY2(recorded.endsWith(QStringLiteral(": stopped after ") + seconds + QStringLiteral(" s")),
+                 qPrintable(recorded));
         QTRY_COMPARE(reading()->text(), QStringLiteral("y"));
         QVERIFY(m_alerts.isEmpty());
     }
@@ -435,7 +445,7 @@ private slots:
         QVERIFY(entries.size() >= 5);
         QListWidget* list = m_bench->history().list();
         QCOMPARE(list->count(), static_cast<int>(entries.size()));
-        QVERIFY(list->item(0)->text().contains(QStringLiteral("edited.py 「x」: 1 candidate (")));
+        QVERIFY(list->item(0)->text().contains(QStringLiteral("edited.py “x”: 1 candidate (")));
         list->setCurrentRow(1); // the run that offered "first"
         QCOMPARE(m_bench->preview().table()->item(0, 0)->text(), QStringLiteral("first"));
         list->item(0)->setSelected(true);
@@ -541,6 +551,110 @@ private slots:
                  QStringLiteral("候補 3 件"));
         QCOMPARE(text("qiro_plugin::debugger::stop_control", "%1 s"), QStringLiteral("%1 秒"));
         install_window_translations(*qApp, QLocale(QLocale::English));
+    }
+
+    void stop_ends_running_cases_as_stopped_and_leaves_nothing_behind() {
+        write("slow.py", "import os, time\n"
+                         "def qiro_plugin_run_process(request):\n"
+                         "    path = os.environ['HOME'] + '/slow.' + request['composition_string']\n"
+                         "    with open(path, 'w') as f:\n"
+                         "        f.write(str(os.getpid()))\n"
+                         "    time.sleep(60)\n"
+                         "    return {'candidate': []}\n");
+        write("slow.cases.json", R"({"cases": [{"name": "one", "written_form": "a"},
+                                               {"name": "two", "written_form": "b"},
+                                               {"name": "three", "written_form": "c"}]})");
+        m_bench->open_folder(m_plugins.path());
+        QVERIFY(m_bench->select_plugin(QStringLiteral("slow.py")));
+        QTreeWidget* list = m_cases->case_list();
+        QCOMPARE(list->topLevelItemCount(), 3);
+        const QString first_pid = m_home.filePath(QStringLiteral("slow.a"));
+        QObject scope;
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, &scope, [&] {
+            if (QFile::exists(first_pid)) {
+                poll.stop();
+                QVERIFY(find<QPushButton>("m_stop_button")->isEnabled());
+                QTest::keyClick(window(), Qt::Key_Escape);
+            }
+        });
+        poll.start(20);
+        QElapsedTimer clock;
+        clock.start();
+        m_cases->run_all();
+        QVERIFY2(clock.elapsed() < 30000, "the cases went on to the time-out");
+        for (int row = 0; row < 3; ++row) {
+            QCOMPARE(list->topLevelItem(row)->text(2), QStringLiteral("stopped"));
+        }
+        QVERIFY(!find<QPushButton>("m_stop_button")->isEnabled());
+        // No plug-in process and no bridge file outlive the stop.
+        const QStringList started = QDir(m_home.path()).entryList({QStringLiteral("slow.*")});
+        QVERIFY(!started.isEmpty());
+        for (const QString& name : started) {
+            QFile pid_file(m_home.filePath(name));
+            QVERIFY(pid_file.open(QIODevice::ReadOnly));
+            const int pid = pid_file.readAll().toInt();
+            QVERIFY(pid > 0);
+            const auto lives = [pid] {
+                QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+                return stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z ");
+            };
+            QTRY_VERIFY_WITH_TIMEOUT(!lives(), 10000);
+        }
+        const QDir data(m_home.filePath(QStringLiteral("Library/Preferences/QIRO Lumen")));
+        QCOMPARE(data.entryList({QStringLiteral("*.py")}, QDir::Files), QStringList());
+        QFile::remove(path(QStringLiteral("slow.py")));
+        QFile::remove(path(QStringLiteral("slow.cases.json")));
+        m_bench->open_folder(m_plugins.path());
+    }
+
+    void the_window_starts_on_its_folder_and_reopens_recent_ones_in_one_click() {
+        QMenu* recent = window()->findChild<QMenu*>(QStringLiteral("menu_open_recent"));
+        QVERIFY(recent != nullptr);
+        const auto shown = [recent] {
+            QStringList folders;
+            for (const QAction* item : recent->actions()) {
+                folders << item->text().section(QLatin1Char(' '), 1);
+            }
+            return folders;
+        };
+        std::vector<std::unique_ptr<QTemporaryDir>> folders;
+        for (int index = 0; index < 6; ++index) {
+            folders.push_back(std::make_unique<QTemporaryDir>());
+            m_bench->open_folder(folders.back()->path());
+        }
+        const auto slashed = [](const QTemporaryDir& a_dir) {
+            return a_dir.path() + QLatin1Char('/');
+        };
+        // The last five, the most recent first.
+        QCOMPARE(shown(), (QStringList{slashed(*folders[5]), slashed(*folders[4]),
+                                       slashed(*folders[3]), slashed(*folders[2]),
+                                       slashed(*folders[1])}));
+        QVERIFY(recent->actions().front()->text().startsWith(QStringLiteral("&1 ")));
+        // Opened again, a folder moves to the top once; a folder gone is shown disabled.
+        m_bench->open_folder(folders[3]->path());
+        QCOMPARE(shown().first(), slashed(*folders[3]));
+        QCOMPARE(shown().count(slashed(*folders[3])), 1);
+        folders[4]->remove();
+        m_bench->open_folder(folders[3]->path());
+        const int gone = static_cast<int>(shown().indexOf(slashed(*folders[4])));
+        QVERIFY(gone > 0 && !recent->actions().at(gone)->isEnabled());
+        // One click goes back.
+        recent->actions().at(1)->trigger();
+        QCOMPARE(m_bench->folder_path(), slashed(*folders[5]));
+
+        // A new start lists the plugin folder beside the program, not the last one opened,
+        // unless --plugin-folder names another.
+        m_bench->save_state();
+        start_options options;
+        m_bench->start(options);
+        QCOMPARE(m_bench->folder_path(), to_qstring(default_plugin_folder()));
+        QCOMPARE(shown().first(), to_qstring(default_plugin_folder()));
+        options.plugin_folder = m_plugins.path();
+        options.restore_state = false;
+        m_bench->start(options);
+        QCOMPARE(m_bench->folder_path(), slashed(m_plugins));
+        QCoreApplication::processEvents(); // the reload the start queued
     }
 
     void window_state_is_remembered() {

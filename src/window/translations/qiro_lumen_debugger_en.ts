@@ -29,6 +29,16 @@
         </message>
     </context>
     <context>
+        <name>qiro_plugin::debugger::cases_tab</name>
+        <message numerus="yes">
+            <source>%n case(s).</source>
+            <translation>
+                <numerusform>%n case.</numerusform>
+                <numerusform>%n cases.</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>qiro_plugin::debugger::ui_controller</name>
         <message numerus="yes">
             <source>%1 ran as %2: %n candidate(s) (syntax check %3 ms, run %4 ms).</source>

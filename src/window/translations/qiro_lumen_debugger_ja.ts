@@ -28,12 +28,12 @@
         <translation>情報</translation>
         </message>
     <message>
-        <source>&amp;Candidates</source>
-        <translation>候補(&amp;C)</translation>
+        <source>Cand&amp;idates</source>
+        <translation>候補(&amp;I)</translation>
         </message>
     <message>
-        <source>Candidate &amp;list document</source>
-        <translation>候補リスト文書(&amp;L)</translation>
+        <source>Candidate list docu&amp;ment</source>
+        <translation>候補リスト文書(&amp;M)</translation>
         </message>
 </context>
 <context>
@@ -100,7 +100,19 @@
         <translation>各出力は先頭の 1 MiB だけを残しました。</translation>
         </message>
     <message>
-        <source> reading 「%1」</source>
+        <source>stopped after %1 s</source>
+        <translation>%1 秒で停止</translation>
+    </message>
+    <message>
+        <source>timed out after %1 s</source>
+        <translation>%1 秒で時間切れ</translation>
+    </message>
+    <message>
+        <source>“%1”</source>
+        <translation>「%1」</translation>
+    </message>
+    <message>
+        <source> reading “%1”</source>
         <translation> 読み「%1」</translation>
         </message>
     <message>
@@ -132,8 +144,8 @@
         <translation>両方の実行にある候補の順序が違います。</translation>
         </message>
     <message>
-        <source>&amp;History</source>
-        <translation>履歴(&amp;H)</translation>
+        <source>Histor&amp;y</source>
+        <translation>履歴(&amp;Y)</translation>
         </message>
 </context>
 <context>
@@ -191,16 +203,16 @@
         <translation>reading_string としてプラグインに渡します。空のままならプラグインマネージャと同じ要求になります</translation>
     </message>
     <message>
-        <source>&amp;Callback</source>
-        <translation>コールバック(&amp;C)</translation>
+        <source>Call&amp;back</source>
+        <translation>コールバック(&amp;B)</translation>
     </message>
     <message>
         <source>Call the plug-in back with the candidate selected in the preview</source>
         <translation>プレビューで選んだ候補でプラグインをコールバックします</translation>
     </message>
     <message>
-        <source>Pre&amp;ference</source>
-        <translation>設定(&amp;F)</translation>
+        <source>Prefere&amp;nce</source>
+        <translation>設定エントリ(&amp;N)</translation>
     </message>
     <message>
         <source>Run the plug-in's preference entry</source>
@@ -284,12 +296,12 @@
 <context>
     <name>qiro_plugin::debugger::sandbox_toggle</name>
     <message>
-        <source>Sandbox</source>
-        <translation>サンドボックス</translation>
+        <source>Sandbo&amp;x</source>
+        <translation>サンドボックス(&amp;X)</translation>
     </message>
     <message>
-        <source>No network</source>
-        <translation>ネットワークなし</translation>
+        <source>No networ&amp;k</source>
+        <translation>ネットワークなし(&amp;K)</translation>
     </message>
     <message>
         <source>Run plug-ins inside bubblewrap: the system and the plug-in's folder read-only, the rest of your home folder out of reach.</source>
@@ -315,24 +327,24 @@
         <translation>プラグインの候補を自動で表示する(&amp;A)</translation>
         </message>
     <message>
-        <source>Shift</source>
-        <translation>Shift</translation>
+        <source>S&amp;hift</source>
+        <translation>Shift(&amp;H)</translation>
         </message>
     <message>
-        <source>Ctrl</source>
-        <translation>Ctrl</translation>
+        <source>C&amp;trl</source>
+        <translation>Ctrl(&amp;T)</translation>
         </message>
     <message>
-        <source>Option</source>
-        <translation>Option</translation>
+        <source>Opt&amp;ion</source>
+        <translation>Option(&amp;I)</translation>
         </message>
     <message>
         <source>Candidate &amp;change key:</source>
         <translation>候補切り替えキー(&amp;C):</translation>
         </message>
     <message>
-        <source>Plug-in key %1:</source>
-        <translation>プラグインキー %1:</translation>
+        <source>Plug-in key &amp;%1:</source>
+        <translation>プラグインキー %1(&amp;%1):</translation>
         </message>
     <message>
         <source>Proxy</source>
@@ -392,6 +404,10 @@
 </context>
 <context>
     <name>qiro_plugin::debugger::ui_controller</name>
+    <message>
+        <source>Running…</source>
+        <translation>実行中…</translation>
+    </message>
     <message numerus="yes">
         <source>%1 ran as %2: %n candidate(s) (syntax check %3 ms, run %4 ms).</source>
         <translation>
@@ -434,6 +450,9 @@
         <translation>プラグインフォルダを開く(&amp;O)…</translation>
     </message>
     <message>
+        <source>Open Re&amp;cent Plug-in Folder</source>
+        <translation>最近開いたプラグインフォルダ(&amp;C)</translation>
+    </message>    <message>
         <source>&amp;Reload</source>
         <translation>再読み込み(&amp;R)</translation>
     </message>
@@ -447,7 +466,7 @@
     </message>
     <message>
         <source>Se&amp;ttings…</source>
-        <translation>設定(&amp;T)…</translation>
+        <translation>プラグインマネージャの設定(&amp;T)…</translation>
     </message>
     <message>
         <source>&amp;Quit</source>
@@ -470,6 +489,13 @@
         <translation>停止(&amp;S)</translation>
     </message>
     <message>
+        <source>&amp;Debug</source>
+        <translation>デバッグ(&amp;D)</translation>
+    </message>
+    <message>
+        <source>Copy &amp;Attach Configuration</source>
+        <translation>アタッチ設定をコピー(&amp;A)</translation>
+    </message>    <message>
         <source>Run on Sa&amp;ve</source>
         <translation>保存したら実行(&amp;V)</translation>
     </message>
@@ -480,6 +506,10 @@
     <message>
         <source>&amp;About</source>
         <translation>このアプリケーションについて(&amp;A)</translation>
+    </message>
+    <message>
+        <source>R&amp;un</source>
+        <translation>実行(&amp;U)</translation>
     </message>
     <message>
         <source>&amp;File</source>
@@ -584,31 +614,35 @@
         <translation>場所</translation>
     </message>
     <message>
-        <source>after a failed or empty run</source>
-        <translation>失敗したか候補がなかった実行のあと</translation>
+        <source>Dia&amp;gnosis:</source>
+        <translation>診断(&amp;G):</translation>
     </message>
     <message>
-        <source>after every run</source>
-        <translation>毎回の実行のあと</translation>
+        <source>After a &amp;Failed or Empty Run</source>
+        <translation>失敗したか候補がなかった実行のあと(&amp;F)</translation>
     </message>
     <message>
-        <source>never</source>
-        <translation>しない</translation>
+        <source>After &amp;Every Run</source>
+        <translation>毎回の実行のあと(&amp;E)</translation>
+    </message>
+    <message>
+        <source>&amp;Never</source>
+        <translation>しない(&amp;N)</translation>
     </message>
     <message>
         <source>A probe runs the plug-in a second time to see what its entry returned and which candidates the bridge drops.</source>
         <translation>プローブはプラグインをもう一度実行し、エントリが返した値と、ブリッジが捨てる候補を調べます。</translation>
     </message>
     <message>
-        <source>Probe the plug-in:</source>
-        <translation>プラグインのプローブ:</translation>
+        <source>Pro&amp;be the Plug-in</source>
+        <translation>プラグインをプローブ(&amp;B)</translation>
     </message>
 </context>
 <context>
     <name>history_cases</name>
     <message>
-        <source>Cases</source>
-        <translation>ケース</translation>
+        <source>Cas&amp;es</source>
+        <translation>ケース(&amp;E)</translation>
     </message>
     <message>
         <source>A callback run cannot be saved as a case from the history.</source>
@@ -625,6 +659,159 @@
     <message>
         <source>Name of the case:</source>
         <translation>ケースの名前:</translation>
+    </message>
+</context>
+<context>
+    <name>qiro_plugin::debugger::cases_tab</name>
+    <message>
+        <source>%1 passed, %2 failed</source>
+        <translation>%1 件成功、%2 件失敗</translation>
+    </message>
+    <message>
+        <source>%1:%2:%3: %4
+</source>
+        <translation>%1:%2:%3: %4
+</translation>
+    </message>
+    <message>
+        <source>&amp;Coverage report</source>
+        <translation>カバレッジの報告(&amp;C)</translation>
+    </message>
+    <message>
+        <source>&amp;First Line Not Reached</source>
+        <translation>最初に到達しなかった行(&amp;F)</translation>
+    </message>
+    <message>
+        <source>&amp;HTML Report</source>
+        <translation>HTML レポート(&amp;H)</translation>
+    </message>
+    <message>
+        <source>Case</source>
+        <translation>ケース</translation>
+    </message>
+    <message>
+        <source>Co&amp;verage</source>
+        <translation>カバレッジ(&amp;V)</translation>
+    </message>
+    <message>
+        <source>FAIL</source>
+        <translation>失敗</translation>
+    </message>
+    <message>
+        <source>Input</source>
+        <translation>入力</translation>
+    </message>
+    <message>
+        <source>No cases yet: save a run as a case, or write %1.</source>
+        <translation>ケースはまだありません。実行をケースとして保存するか、%1 を書いてください。</translation>
+    </message>
+    <message>
+        <source>No coverage: see the cases' results.</source>
+        <translation>カバレッジはありません。各ケースの結果を見てください。</translation>
+    </message>
+    <message>
+        <source>No plug-in selected.</source>
+        <translation>プラグインが選ばれていません。</translation>
+    </message>
+    <message>
+        <source>Passed.
+</source>
+        <translation>成功しました。
+</translation>
+    </message>
+    <message>
+        <source>Result</source>
+        <translation>結果</translation>
+    </message>
+    <message>
+        <source>Run &amp;all</source>
+        <translation>すべて実行(&amp;A)</translation>
+    </message>
+    <message>
+        <source>Run each case under its language's coverage tool and show which lines of the plug-in the cases reach.</source>
+        <translation>各ケースをその言語のカバレッジツールの下で実行し、ケースがプラグインのどの行に到達したかを表示します。</translation>
+    </message>
+    <message>
+        <source>Run selec&amp;ted</source>
+        <translation>選んだケースを実行(&amp;T)</translation>
+    </message>
+    <message>
+        <source>The cases file has problems: see below.</source>
+        <translation>ケースファイルに問題があります。下を見てください。</translation>
+    </message>
+    <message>
+        <source>The coverage report could not be written.</source>
+        <translation>カバレッジの報告を書き込めませんでした。</translation>
+    </message>
+    <message>
+        <source>
+Candidates (- expected, + actual):
+</source>
+        <translation>
+候補（- 期待、+ 実際）:
+</translation>
+    </message>
+    <message>
+        <source>
+Standard error:
+</source>
+        <translation>
+標準エラー出力:
+</translation>
+    </message>
+    <message>
+        <source>callback: %1</source>
+        <translation>コールバック: %1</translation>
+    </message>
+    <message>
+        <source>genhtml failed: %1</source>
+        <translation>genhtml が失敗しました: %1</translation>
+    </message>
+    <message>
+        <source>genhtml is missing: install the Debian package lcov.</source>
+        <translation>genhtml がありません。Debian パッケージ lcov をインストールしてください。</translation>
+    </message>
+    <message>
+        <source>not run</source>
+        <translation>未実行</translation>
+    </message>
+    <message>
+        <source>pass</source>
+        <translation>成功</translation>
+    </message>
+    <message>
+        <source>preference</source>
+        <translation>設定エントリ</translation>
+    </message>
+    <message>
+        <source>running…</source>
+        <translation>実行中…</translation>
+    </message>
+    <message>
+        <source>stopped</source>
+        <translation>停止</translation>
+    </message>
+    <message>
+        <source>%1 passed, %2 failed, %3 stopped</source>
+        <translation>%1 件成功、%2 件失敗、%3 件停止</translation>
+    </message>
+    <message>
+        <source>Stop (Esc) ends the running cases.</source>
+        <translation>停止（Esc）で実行中のケースを終えます。</translation>
+    </message>
+    <message>
+        <source>%1: %2 of %3 lines (%4 %)</source>
+        <translation>%1: %3 行中 %2 行（%4 %）</translation>
+    </message>
+    <message>
+        <source>, %1 of %2 branches</source>
+        <translation>、分岐 %2 個中 %1 個</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n case(s).</source>
+        <translation>
+            <numerusform>ケース %n 件。</numerusform>
+        </translation>
     </message>
 </context>
 </TS>
