@@ -342,9 +342,25 @@ struct analysis {
     void syntax_finding(const std::string& a_message, const std::optional<std::string>& a_file,
                         std::optional<std::uint32_t> a_line,
                         std::optional<std::uint32_t> a_column = {}) {
-        place(add(codes::syntax_error, severity::error, without_own_place(a_message),
-                  syntax_hint(a_message)),
-              a_file, a_line, a_column);
+        // Ruby starts each line of its report with the place again.
+        std::string message;
+        std::vector<std::string> seen;
+        std::size_t start = 0;
+        while (start <= a_message.size()) {
+            std::size_t end = a_message.find('\n', start);
+            if (end == std::string::npos) {
+                end = a_message.size();
+            }
+            std::string line = without_own_place(a_message.substr(start, end - start));
+            if (std::find(seen.begin(), seen.end(), line) == seen.end()) {
+                message += message.empty() ? "" : "\n";
+                message += line;
+                seen.push_back(std::move(line));
+            }
+            start = end + 1;
+        }
+        place(add(codes::syntax_error, severity::error, message, syntax_hint(a_message)), a_file,
+              a_line, a_column);
     }
 
     bool beside_plugin(const std::string& a_relative) const {

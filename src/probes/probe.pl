@@ -218,6 +218,13 @@ if ($method eq 'run_process') {
         if (exists($data{candidate})) {
             $shape{candidate} = type_of($data{candidate});
             $shape{ok} = ref($data{candidate}) eq 'ARRAY' ? JSON::PP::true : JSON::PP::false;
+            # A hash filled from a flat list before it was returned: the line tells.
+            my $slip = ref($data{candidate}) eq 'HASH'
+                && find_line(qr/\bcandidate['"]?\s*(?:=>|,)\s*\@/);
+            if ($slip) {
+                $shape{flattened} = scalar(@returned) - 1;
+                $shape{slip} = $slip;
+            }
         }
         my @findings;
         if (ref($data{candidate}) eq 'ARRAY') {
