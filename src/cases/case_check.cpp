@@ -1,5 +1,6 @@
 #include "cases/case_check.hpp"
 
+#include "cases/comment_text.hpp"
 #include "core/run_verdict.hpp"
 #include "text/utf8_text.hpp"
 
@@ -124,6 +125,9 @@ std::string candidate_field(const candidate& a_candidate, const std::string& a_f
     }
     if (a_field == "comment") {
         return utf8(a_candidate.comment);
+    }
+    if (a_field == "comment_text") {
+        return comment_text(utf8(a_candidate.comment));
     }
     if (a_field == "alternative") {
         return utf8(a_candidate.alternative);

@@ -312,7 +312,8 @@ void read_cases(const std::string& a_text, cases_file& a_file) {
 
 const std::vector<std::string>& candidate_field_names() {
     static const std::vector<std::string> names{
-        "hyoki", "comment", "alternative", "alternative_type", "alternative_alias", "info"};
+        "hyoki", "comment", "comment_text", "alternative", "alternative_type", "alternative_alias",
+        "info"};
     return names;
 }
 

@@ -7,6 +7,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <tuple>
 #include <cstdlib>
 #include <ctime>
 #include <limits>
@@ -31,8 +35,9 @@ constexpr double fastest_scale = 1.0 / 3.0;
 // times were measured.
 constexpr double calibration_reference_ms = 0.51;
 constexpr int calibration_rounds = 1000;
-// Only this many dropped candidates are listed one by one.
+// Only this many kinds of dropped candidates are listed, each with this many numbers.
 constexpr std::size_t candidate_findings_limit = 10;
+constexpr std::size_t candidate_numbers_shown = 5;
 
 std::string with_one_decimal(double a_value) {
     char text[32];
@@ -67,6 +72,64 @@ std::string last_lines(const std::string& a_text, std::size_t a_count) {
         --start;
     }
     return a_text.substr(start);
+}
+
+std::vector<std::string> read_lines(const std::string& a_path) {
+    std::vector<std::string> lines;
+    std::ifstream file(a_path, std::ios::binary);
+    for (std::string line; std::getline(file, line);) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
+bool blank_or_comment(const std::string& a_line) {
+    const auto first = a_line.find_first_not_of(" \t");
+    return first == std::string::npos || a_line[first] == '#';
+}
+
+// The line of the Ruby block that has no "end", judged by indentation: an "end" closes the
+// opener at its own indentation, so an opener deeper than an "end" that passes it is open.
+std::optional<std::pair<std::uint32_t, std::string>>
+unclosed_ruby_block(const std::vector<std::string>& a_lines) {
+    static const std::regex opener(
+        R"(^(\s*)(module|class|def|if|unless|while|until|case|begin|for)\b.*$)");
+    static const std::regex do_block(R"(^(\s*).*\bdo\s*(\|[^|]*\|)?\s*(#.*)?$)");
+    static const std::regex closer(R"(^(\s*)end\b.*$)");
+    static const std::regex one_line(R"(\bend\s*(#.*)?$)");
+    struct open_block {
+        std::size_t indent;
+        std::uint32_t line;
+        std::string keyword;
+    };
+    std::vector<open_block> open;
+    std::smatch match;
+    for (std::size_t index = 0; index < a_lines.size(); ++index) {
+        const std::string& text = a_lines[index];
+        const auto number = static_cast<std::uint32_t>(index + 1);
+        if (std::regex_match(text, match, closer)) {
+            const std::size_t indent = match[1].length();
+            if (!open.empty() && open.back().indent > indent) {
+                return std::pair{open.back().line, open.back().keyword};
+            }
+            if (!open.empty()) {
+                open.pop_back();
+            }
+        } else if (std::regex_search(text, one_line)) {
+            continue;
+        } else if (std::regex_match(text, match, opener)) {
+            open.push_back({static_cast<std::size_t>(match[1].length()), number, match[2]});
+        } else if (std::regex_match(text, match, do_block)) {
+            open.push_back({static_cast<std::size_t>(match[1].length()), number, "do"});
+        }
+    }
+    if (open.empty()) {
+        return std::nullopt;
+    }
+    return std::pair{open.back().line, open.back().keyword};
 }
 
 std::string join(const std::vector<std::string>& a_items, std::string_view a_separator) {
@@ -242,6 +305,227 @@ struct analysis {
         }
     }
 
+    // A message that starts with the plug-in's own "PATH:LINE: " repeats the finding's place.
+    std::string without_own_place(std::string a_message) const {
+        static const std::regex prefix(R"(^([^\s:]+):(\d+):\s*)");
+        std::smatch match;
+        if (std::regex_search(a_message, match, prefix)) {
+            const std::string path = match[1];
+            const std::size_t slash = path.rfind('/');
+            if ((slash == std::string::npos ? path : path.substr(slash + 1)) ==
+                m_evidence.plugin_file) {
+                a_message.erase(0, static_cast<std::size_t>(match.length(0)));
+            }
+        }
+        return a_message;
+    }
+
+    std::string syntax_hint(const std::string& a_message) const {
+        static const std::regex not_utf8(
+            R"(codec can't decode|Non-UTF-8 code|invalid multibyte char|Malformed UTF-8)");
+        if (std::regex_search(a_message, not_utf8)) {
+            return say("syntax_error.not_utf8.hint");
+        }
+        if (m_evidence.language == "ruby" &&
+            a_message.find("unexpected end-of-input") != std::string::npos) {
+            std::string hint = say("syntax_error.ruby_end.hint");
+            if (const auto block = unclosed_ruby_block(read_lines(plugin_path()))) {
+                hint += ' ';
+                hint += say("syntax_error.ruby_end.guess",
+                            {block->second, std::to_string(block->first)});
+            }
+            return hint;
+        }
+        return say("syntax_error.hint");
+    }
+
+    void syntax_finding(const std::string& a_message, const std::optional<std::string>& a_file,
+                        std::optional<std::uint32_t> a_line,
+                        std::optional<std::uint32_t> a_column = {}) {
+        // Ruby starts each line of its report with the place again.
+        std::string message;
+        std::vector<std::string> seen;
+        std::size_t start = 0;
+        while (start <= a_message.size()) {
+            std::size_t end = a_message.find('\n', start);
+            if (end == std::string::npos) {
+                end = a_message.size();
+            }
+            std::string line = without_own_place(a_message.substr(start, end - start));
+            if (std::find(seen.begin(), seen.end(), line) == seen.end()) {
+                message += message.empty() ? "" : "\n";
+                message += line;
+                seen.push_back(std::move(line));
+            }
+            start = end + 1;
+        }
+        place(add(codes::syntax_error, severity::error, message, syntax_hint(a_message)), a_file,
+              a_line, a_column);
+    }
+
+    bool beside_plugin(const std::string& a_relative) const {
+        struct stat status {};
+        return ::stat((m_evidence.plugin_folder + a_relative).c_str(), &status) == 0;
+    }
+
+    // A load that failed: what happened and what to do, in the author's language and case.
+    void load_finding(const probe_evidence::failure& a_failure) {
+        const std::string& message = a_failure.message;
+        const std::string& run_error = m_evidence.run.std_error;
+        std::string text = say("load_failed", {message});
+        std::string hint = say("load_failed.hint");
+        std::optional<std::uint32_t> line = a_failure.line;
+        std::optional<std::string> file = a_failure.file;
+        std::smatch match;
+        if (m_evidence.language == "perl") {
+            static const std::regex missing(R"(Can't locate (\S+)\.pm in @INC)");
+            if (a_failure.type == "no_true_value" ||
+                message.find("did not return a true value") != std::string::npos) {
+                // Perl names the require's place; the value is the file's last statement.
+                const auto lines = read_lines(plugin_path());
+                std::size_t last = lines.size();
+                while (last > 1 && blank_or_comment(lines[last - 1])) {
+                    --last;
+                }
+                text = say("load_failed.no_true_value");
+                hint = say("load_failed.no_true_value.hint");
+                file.reset();
+                line = last > 0 ? std::optional<std::uint32_t>(last) : std::nullopt;
+            } else if (std::regex_search(message, match, missing)) {
+                std::string module = a_failure.module;
+                const std::string path = match[1].str() + ".pm";
+                if (module.empty()) {
+                    module = std::regex_replace(match[1].str(), std::regex("/"), "::");
+                }
+                const bool at_compile = a_failure.type == "use_missing" ||
+                                        message.find("BEGIN failed") != std::string::npos ||
+                                        run_error.find("BEGIN failed") != std::string::npos;
+                std::string package = "lib";
+                for (const char item : module) {
+                    package += item == ':' ? '-' : static_cast<char>(std::tolower(
+                                                       static_cast<unsigned char>(item)));
+                }
+                package = std::regex_replace(package, std::regex("--"), "-") + "-perl";
+                text = say(at_compile ? "load_failed.perl_use" : "load_failed.perl_require",
+                           {module});
+                hint = beside_plugin(path) ? say("load_failed.perl_beside.hint", {path})
+                                           : say("load_failed.perl_module.hint", {module, package});
+            }
+        } else if (m_evidence.language == "ruby") {
+            static const std::regex missing(R"(cannot load such file -- (\S+))");
+            if (std::regex_search(message, match, missing)) {
+                std::string name = match[1];
+                const bool relative = a_failure.type == "require_relative" ||
+                                      run_error.find("require_relative'") != std::string::npos;
+                if (relative) {
+                    const std::size_t slash = name.rfind('/');
+                    const std::string base =
+                        slash == std::string::npos ? name : name.substr(slash + 1);
+                    text = say("load_failed.own_file", {base + ".rb"});
+                    hint = say("load_failed.ruby_relative.hint",
+                               {m_evidence.plugin_folder, base + ".rb"});
+                } else if (beside_plugin(name + ".rb")) {
+                    text = say("load_failed.library", {name});
+                    hint = say("load_failed.ruby_beside.hint", {name});
+                } else {
+                    text = say("load_failed.library", {name});
+                    hint = say("load_failed.ruby_gem.hint", {name});
+                }
+            }
+        } else if (m_evidence.language == "python") {
+            static const std::regex missing(R"(No module named '([^'.]+)[^']*')");
+            if (std::regex_search(message, match, missing)) {
+                const std::string name = match[1];
+                text = say("load_failed.library", {name});
+                hint = beside_plugin(name + ".py") || beside_plugin(name + "/__init__.py")
+                           ? say("load_failed.python_beside.hint", {name})
+                           : say("load_failed.python_module.hint", {name});
+            }
+        }
+        place(add(codes::load_failed, severity::error, text, hint), file, line, a_failure.column);
+    }
+
+    // One line of what to do next for the common exceptions whose message does not say it.
+    std::string exception_advice(const std::string& a_message) const {
+        std::smatch match;
+        static const std::regex python_missing(
+            R"(FileNotFoundError: .*No such file or directory: '([^']+)')");
+        static const std::regex ruby_missing(R"(No such file or directory @ \w+ - (\S+))");
+        std::string path;
+        bool missing = false;
+        if (std::regex_search(a_message, match, python_missing) ||
+            std::regex_search(a_message, match, ruby_missing)) {
+            path = match[1];
+            missing = true;
+        } else if (a_message.find("No such file or directory") != std::string::npos) {
+            missing = true;
+        }
+        if (missing && !path.starts_with("/")) {
+            const char* key = m_evidence.language == "ruby"   ? "advice.relative_path.ruby"
+                              : m_evidence.language == "perl" ? "advice.relative_path.perl"
+                                                              : "advice.relative_path.python";
+            return say(key, {path.empty() ? std::string("words.txt") : path});
+        }
+        if (a_message.starts_with("EOFError") && m_evidence.language == "python") {
+            return say("advice.no_input");
+        }
+        return {};
+    }
+
+    void exception_finding(const failure_reading& a_reading) {
+        std::string hint = exception_advice(a_reading.message);
+        const std::string trace = join(a_reading.frames, "\n");
+        if (!trace.empty()) {
+            if (!hint.empty()) {
+                hint += '\n';
+            }
+            hint += say("plugin_exception.hint", {trace});
+        }
+        std::optional<std::string> file = a_reading.file;
+        std::optional<std::uint32_t> line = a_reading.line;
+        // A Perl die whose message ends in a newline names no place; the probe saw where it was.
+        const auto* probe = m_evidence.probe && m_evidence.probe->answered
+                                ? &*m_evidence.probe
+                                : nullptr;
+        if (!line && probe != nullptr && probe->call_failure && probe->call_failure->line) {
+            file = probe->call_failure->file;
+            line = probe->call_failure->line;
+        }
+        place(add(codes::plugin_exception, severity::error,
+                  say("plugin_exception", {a_reading.message}), hint),
+              file, line);
+        for (const auto& warning : a_reading.warnings) {
+            place(add(codes::plugin_exception, severity::note,
+                      say("plugin_exception.warning", {warning.message})),
+                  std::nullopt, warning.line);
+        }
+    }
+
+    // The entry is there in a form the bridge refuses: say what was found, where, and the form.
+    void entry_shape_finding(const probe_evidence::entry_shape& a_shape) {
+        const std::string hint = say("entry_missing.hint", {expected_entry()});
+        if (!a_shape.declaration) {
+            add(codes::entry_missing, severity::error,
+                say(a_shape.kind == "class" ? "entry_missing.class_somewhere" : "entry_missing",
+                    {entry_method()}),
+                hint);
+            return;
+        }
+        const std::string found = a_shape.declaration->text;
+        const std::string line = std::to_string(a_shape.declaration->line);
+        std::string message;
+        if (a_shape.kind == "class") {
+            message = say("entry_missing.class", {found, line});
+        } else if (a_shape.kind == "parameters") {
+            message = say("entry_missing.parameters",
+                          {found, line, std::to_string(a_shape.takes.value_or(0))});
+        } else {
+            message = say("entry_missing.name_case", {found, line});
+        }
+        place(add(codes::entry_missing, severity::error, message, hint), std::nullopt,
+              a_shape.declaration->line);
+    }
+
     // What the interpreter printed when the bridge failed, read per language.
     void failure() {
         const auto& run = m_evidence.run;
@@ -254,31 +538,23 @@ struct analysis {
         const auto* probe =
             m_evidence.probe && m_evidence.probe->answered ? &*m_evidence.probe : nullptr;
         // The probe tells a file that does not compile, load or define the entry more exactly.
-        if (probe != nullptr &&
-            (probe->compile_failure || probe->load_failure || !probe->entry_found.value_or(true))) {
+        if (probe != nullptr && (probe->compile_failure || probe->load_failure || probe->shape ||
+                                 !probe->entry_found.value_or(true))) {
             return;
         }
-        const std::string trace = join(reading.frames, "\n");
         switch (reading.kind) {
         case failure_kind::syntax:
-            place(add(codes::syntax_error, severity::error, reading.message,
-                      say("syntax_error.hint")),
-                  reading.file, reading.line);
+            syntax_finding(reading.message, reading.file, reading.line);
             break;
         case failure_kind::load:
-            place(add(codes::load_failed, severity::error, say("load_failed", {reading.message}),
-                      say("load_failed.hint")),
-                  reading.file, reading.line);
+            load_finding({{}, {}, reading.message, reading.file, reading.line, reading.column});
             break;
         case failure_kind::entry_missing:
             add(codes::entry_missing, severity::error, say("entry_missing", {entry_method()}),
                 say("entry_missing.hint", {expected_entry()}));
             break;
         case failure_kind::exception:
-            place(add(codes::plugin_exception, severity::error,
-                      say("plugin_exception", {reading.message}),
-                      trace.empty() ? std::string() : say("plugin_exception.hint", {trace})),
-                  reading.file, reading.line);
+            exception_finding(reading);
             break;
         case failure_kind::return_shape:
             if (probe == nullptr || !probe->returned) {
@@ -340,21 +616,17 @@ struct analysis {
                 (*failure)->message = hide_bridge_files((*failure)->message);
             }
         }
-        const auto failure_place = [this](finding& a_finding,
-                                          const probe_evidence::failure& a_failure) {
-            place(a_finding, a_failure.file, a_failure.line, a_failure.column);
-        };
         if (a_probe.compile_failure) {
-            failure_place(add(codes::syntax_error, severity::error,
-                              a_probe.compile_failure->message, say("syntax_error.hint")),
-                          *a_probe.compile_failure);
+            const auto& failure = *a_probe.compile_failure;
+            syntax_finding(failure.message, failure.file, failure.line, failure.column);
             return;
         }
         if (a_probe.load_failure) {
-            failure_place(add(codes::load_failed, severity::error,
-                              say("load_failed", {a_probe.load_failure->message}),
-                              say("load_failed.hint")),
-                          *a_probe.load_failure);
+            load_finding(*a_probe.load_failure);
+            return;
+        }
+        if (a_probe.shape) {
+            entry_shape_finding(*a_probe.shape);
             return;
         }
         if (a_probe.entry_found && !*a_probe.entry_found) {
@@ -363,49 +635,141 @@ struct analysis {
             return;
         }
         if (a_probe.call_failure && !has(codes::plugin_exception) && !has(codes::timed_out)) {
-            failure_place(add(codes::plugin_exception, severity::error,
-                              say("plugin_exception", {a_probe.call_failure->message})),
-                          *a_probe.call_failure);
+            const auto& failure = *a_probe.call_failure;
+            place(add(codes::plugin_exception, severity::error,
+                      say("plugin_exception", {failure.message}),
+                      exception_advice(failure.message)),
+                  failure.file, failure.line, failure.column);
         }
         if (a_probe.returned && !a_probe.returned->ok) {
-            const auto& shape = *a_probe.returned;
-            std::string message;
-            if (shape.candidate_type) {
-                message = say("wrong_return_shape.candidate", {*shape.candidate_type});
-            } else if (shape.keys) {
-                message = say("wrong_return_shape.keys", {shape.type, join(*shape.keys, ", ")});
-            } else {
-                message = say("wrong_return_shape", {shape.type});
-            }
-            m_findings.erase(std::remove_if(m_findings.begin(), m_findings.end(),
-                                            [](const finding& a_item) {
-                                                return a_item.code == codes::wrong_return_shape;
-                                            }),
-                             m_findings.end());
-            add(codes::wrong_return_shape, severity::error, message,
-                say("wrong_return_shape.hint", {expected_return()}));
+            returned_findings(*a_probe.returned);
         }
+        candidate_findings(a_probe.candidates);
+    }
+
+    void returned_findings(const probe_evidence::returned_shape& a_shape) {
+        // What the bridge then failed on is this value, not an error of the entry's own.
+        m_findings.erase(std::remove_if(m_findings.begin(), m_findings.end(),
+                                        [](const finding& a_item) {
+                                            return a_item.code == codes::wrong_return_shape ||
+                                                   (a_item.code == codes::plugin_exception &&
+                                                    !a_item.line);
+                                        }),
+                         m_findings.end());
+        if (a_shape.flattened) {
+            std::string hint = say("wrong_return_shape.hint", {expected_return()});
+            std::optional<std::uint32_t> line;
+            if (a_shape.slip) {
+                line = a_shape.slip->line;
+                const std::string fixed =
+                    std::regex_replace(a_shape.slip->text, std::regex(R"((=>|,)\s*@)"), "$1 \\@",
+                                       std::regex_constants::format_first_only);
+                hint = say("wrong_return_shape.flattened.hint", {a_shape.slip->text, fixed});
+            }
+            place(add(codes::wrong_return_shape, severity::error,
+                      say("wrong_return_shape.flattened", {std::to_string(*a_shape.flattened)}),
+                      hint),
+                  std::nullopt, line);
+            return;
+        }
+        std::string message;
+        if (a_shape.candidate_type) {
+            message = say("wrong_return_shape.candidate", {*a_shape.candidate_type});
+        } else if (a_shape.keys) {
+            message = say("wrong_return_shape.keys", {a_shape.type, join(*a_shape.keys, ", ")});
+        } else {
+            message = say("wrong_return_shape", {a_shape.type});
+        }
+        add(codes::wrong_return_shape, severity::error, message,
+            say("wrong_return_shape.hint", {expected_return()}));
+    }
+
+    std::string drop_reason(const probe_evidence::candidate_note& a_note, bool a_many) const {
+        if (a_note.reason == "not_mapping" || a_note.reason == "wrong_type") {
+            return say("reason." + a_note.reason, {a_note.type, a_note.field});
+        }
+        if (a_note.reason == "cut" || a_note.reason == "dropped_over_limit") {
+            // The lengths differ from one candidate to the next; the limit does not.
+            return say("reason." + a_note.reason + (a_many ? ".many" : ""),
+                       {std::to_string(a_note.length.value_or(0)),
+                        std::to_string(a_note.limit.value_or(0))});
+        }
+        if (a_note.reason == "beyond_limit") {
+            return say("reason.beyond_limit", {std::to_string(a_note.limit.value_or(100))});
+        }
+        return say("reason." + a_note.reason);
+    }
+
+    // One finding for each way candidates are dropped or cut, with how many and which; the
+    // numbers count from 1, as the author counts the items of the list.
+    void candidate_findings(const std::vector<probe_evidence::candidate_note>& a_notes) {
+        using kind = std::tuple<bool, std::string, std::string, std::string,
+                                std::optional<std::uint64_t>>;
+        std::vector<std::pair<kind, std::vector<const probe_evidence::candidate_note*>>> groups;
+        for (const auto& note : a_notes) {
+            const kind key{note.kept, note.field, note.reason, note.type, note.limit};
+            auto found = std::find_if(groups.begin(), groups.end(),
+                                      [&](const auto& a_group) { return a_group.first == key; });
+            if (found == groups.end()) {
+                groups.push_back({key, {}});
+                found = std::prev(groups.end());
+            }
+            found->second.push_back(&note);
+        }
+        // A run that still gave candidates worked: what it lost is a warning.
+        const bool some_left = m_evidence.document_parsed && m_evidence.candidate_count > 0;
+        bool first = true;
         std::size_t listed = 0;
-        for (const auto& note : a_probe.candidates) {
+        for (const auto& [key, notes] : groups) {
             if (++listed > candidate_findings_limit) {
                 break;
             }
-            std::string reason;
-            if (note.reason == "not_mapping" || note.reason == "wrong_type") {
-                reason = say("reason." + note.reason, {note.type, note.field});
-            } else if (note.reason == "cut" || note.reason == "dropped_over_limit") {
-                reason = say("reason." + note.reason, {std::to_string(note.length.value_or(0)),
-                                                       std::to_string(note.limit.value_or(0))});
-            } else if (note.reason == "beyond_limit") {
-                reason = say("reason.beyond_limit", {std::to_string(note.limit.value_or(100))});
-            } else {
-                reason = say("reason." + note.reason);
+            const auto& note = *notes.front();
+            std::string numbers;
+            for (std::size_t index = 0; index < notes.size(); ++index) {
+                if (index == candidate_numbers_shown) {
+                    numbers += ", ...";
+                    break;
+                }
+                if (index > 0) {
+                    numbers += ", ";
+                }
+                numbers += std::to_string(notes[index]->index + 1);
             }
-            const std::string index = std::to_string(note.index);
-            add(codes::candidate_dropped, note.kept ? severity::warning : severity::error,
-                note.kept ? say("candidate_dropped.field", {index, note.field, reason})
-                          : say("candidate_dropped", {index, reason}),
-                say("candidate_dropped.hint"));
+            const bool many = notes.size() > 1;
+            const std::string reason = drop_reason(note, many);
+            const std::string count = std::to_string(notes.size());
+            std::string message;
+            if (note.kept) {
+                message = many ? say("candidate_dropped.field.many",
+                                     {count, numbers, note.field, reason})
+                               : say("candidate_dropped.field", {numbers, note.field, reason});
+            } else {
+                message = many ? say("candidate_dropped.many", {count, numbers, reason})
+                               : say("candidate_dropped", {numbers, reason});
+            }
+            add(codes::candidate_dropped,
+                note.kept || some_left ? severity::warning : severity::error, message,
+                first ? say("candidate_dropped.hint") : std::string());
+            first = false;
+        }
+    }
+
+    // The compilers' one-line form: a message's further lines go to the head of its hint.
+    void one_line_messages() {
+        for (auto& item : m_findings) {
+            const std::size_t end = item.message.find('\n');
+            if (end == std::string::npos) {
+                continue;
+            }
+            std::string rest = item.message.substr(end + 1);
+            item.message.erase(end);
+            while (!rest.empty() && (rest.back() == '\n' || rest.back() == ' ')) {
+                rest.pop_back();
+            }
+            if (!rest.empty()) {
+                item.hint = item.hint.empty() ? rest : rest + "\n" + item.hint;
+            }
         }
     }
 
@@ -490,6 +854,7 @@ struct analysis {
         }
         companion();
         start_time();
+        one_line_messages();
     }
 };
 

@@ -1,6 +1,5 @@
 #include "diagnosis/diagnosis_texts.hpp"
 
-#include <array>
 
 namespace qiro_plugin::diagnosis {
 
@@ -12,7 +11,7 @@ struct entry {
     std::string_view japanese;
 };
 
-constexpr std::array<entry, 53> table{{
+constexpr entry table[] = {
     {"no_language.extension", "{0} is not a plug-in file: its name must end in .py, .rb or .pl.",
      "{0} はプラグインファイルではありません。名前の末尾を .py、.rb、.pl "
      "のいずれかにしてください。"},
@@ -36,11 +35,9 @@ constexpr std::array<entry, 53> table{{
     {"load_failed", "The plug-in compiles but does not load: {0}",
      "プラグインはコンパイルできますが、読み込めません: {0}"},
     {"load_failed.hint",
-     "Install a missing module for this interpreter, and make a Perl file end in a true value "
-     "(1;). Code at the top of the file runs when it loads.",
-     "足りないモジュールはこのインタプリタ用にインストールしてください。Perl "
-     "のファイルは真の値（1;"
-     "）で終えてください。ファイルの最上位のコードは読み込み時に実行されます。"},
+     "Code at the top of the file runs when it loads: the message says what it met there.",
+     "ファイルの最上位のコードは読み込み時に実行されます。そこで何が起きたかはメッセージの"
+     "とおりです。"},
     {"entry_missing", "The entry {0} is not where the bridge looks for it.",
      "エントリ {0} が、ブリッジが探す場所にありません。"},
     {"entry_missing.hint", "Define it as: {0}", "次のように定義してください: {0}"},
@@ -152,7 +149,134 @@ constexpr std::array<entry, 53> table{{
      "（/usr/bin）を PATH の先頭に置いてください。"},
     {"stream.std_output", "standard output", "標準出力"},
     {"stream.std_error", "standard error", "標準エラー"},
-}};
+    {"syntax_error.not_utf8.hint",
+     "The file is not saved as UTF-8 (it holds bytes of another encoding, Shift_JIS or EUC-JP "
+     "most likely). Save it as UTF-8 in the editor.",
+     "ファイルが UTF-8 で保存されていません（Shift_JIS や EUC-JP など別の文字コードのバイトが"
+     "あります）。エディタで UTF-8 として保存し直してください。"},
+    {"syntax_error.ruby_end.hint",
+     "Ruby reached the end of the file still inside a block: an if, unless, case, while, def, do, "
+     "class or module opened earlier has no end.",
+     "Ruby がブロックの中のままファイルの終わりに達しました。それより前に開いた if、unless、"
+     "case、while、def、do、class、module のどれかに end がありません。"},
+    {"syntax_error.ruby_end.guess", "By the indentation, the {0} on line {1}.",
+     "字下げから見ると {1} 行目の {0} です。"},
+    {"load_failed.no_true_value", "The plug-in file does not end in a true value.",
+     "プラグインファイルが真の値で終わっていません。"},
+    {"load_failed.no_true_value.hint",
+     "Perl loads the file with require, which takes the value of its last statement as whether "
+     "loading worked: end the file with a line 1;",
+     "Perl は require でファイルを読み込み、最後の文の値で読み込めたかどうかを判断します。"
+     "ファイルの最後に 1; の行を置いてください。"},
+    {"load_failed.perl_use", "The plug-in does not compile: the module {0} that it uses is not "
+     "installed.",
+     "プラグインがコンパイルできません。use しているモジュール {0} がインストールされていません。"},
+    {"load_failed.perl_require", "The plug-in compiles, but the module {0} that it requires is "
+     "not installed.",
+     "プラグインはコンパイルできますが、require しているモジュール {0} がインストールされて"
+     "いません。"},
+    {"load_failed.perl_module.hint",
+     "use loads a module while the file compiles. Install {0} for this perl (the Debian package "
+     "is usually {1}; or cpan {0}), or correct its name.",
+     "use はファイルのコンパイル中にモジュールを読み込みます。この perl 用に {0} をインストール"
+     "するか（Debian のパッケージは通常 {1}、または cpan {0}）、名前を直してください。"},
+    {"load_failed.perl_beside.hint",
+     "{0} lies beside the plug-in, but the plug-in's folder is not searched for modules: put "
+     "use File::Basename; use lib dirname(__FILE__); before the use.",
+     "{0} はプラグインの隣にありますが、プラグインのフォルダはモジュールの検索先ではありません。"
+     "use の前に use File::Basename; use lib dirname(__FILE__); を置いてください。"},
+    {"load_failed.own_file", "The plug-in's own file {0}, which it loads with require_relative, "
+     "is not there.",
+     "プラグインが require_relative で読み込む自分のファイル {0} がありません。"},
+    {"load_failed.ruby_relative.hint",
+     "require_relative names a file relative to the plug-in file's folder ({0}), not to the "
+     "current folder: put {1} there or correct the name.",
+     "require_relative のパスは現在のフォルダではなく、プラグインファイルのフォルダ（{0}）からの"
+     "相対パスです。そこに {1} を置くか、名前を直してください。"},
+    {"load_failed.library", "The plug-in does not load: the library {0} is not found.",
+     "プラグインを読み込めません。ライブラリ {0} が見つかりません。"},
+    {"load_failed.ruby_beside.hint",
+     "{0}.rb lies beside the plug-in, but require searches Ruby's load path: load your own file "
+     "with require_relative \"{0}\".",
+     "{0}.rb はプラグインの隣にありますが、require は Ruby のロードパスを探します。自分のファイル"
+     "は require_relative \"{0}\" で読み込んでください。"},
+    {"load_failed.ruby_gem.hint",
+     "Install it for this ruby (gem install {0}, or the Debian package ruby-{0}), or correct "
+     "its name.",
+     "この ruby 用にインストールするか（gem install {0}、または Debian パッケージ ruby-{0}）、"
+     "名前を直してください。"},
+    {"load_failed.python_beside.hint",
+     "{0} lies beside the plug-in, but the plug-in's folder is not on the module path when the "
+     "bridge loads it: add sys.path.insert(0, os.path.dirname(os.path.abspath(__file__))) "
+     "before the import.",
+     "{0} はプラグインの隣にありますが、ブリッジが読み込むときプラグインのフォルダはモジュール"
+     "の検索パスにありません。import の前に sys.path.insert(0, "
+     "os.path.dirname(os.path.abspath(__file__))) を置いてください。"},
+    {"load_failed.python_module.hint",
+     "Install it for this python (the Debian package python3-{0}, or pip install {0}), or "
+     "correct its name.",
+     "この python 用にインストールするか（Debian パッケージ python3-{0}、または pip install "
+     "{0}）、名前を直してください。"},
+    {"advice.relative_path.python",
+     "A run's current folder is the debugger's data folder, not the plug-in's: open {0} from "
+     "the plug-in file's own folder, os.path.join(os.path.dirname(os.path.abspath(__file__)), "
+     "\"{0}\").",
+     "実行時の現在のフォルダはプラグインのフォルダではなくデバッガのデータフォルダです。{0} は"
+     "プラグインファイル自身のフォルダから開いてください: "
+     "os.path.join(os.path.dirname(os.path.abspath(__file__)), \"{0}\")。"},
+    {"advice.relative_path.ruby",
+     "A run's current folder is the debugger's data folder, not the plug-in's: open {0} from "
+     "the plug-in file's own folder, File.join(__dir__, \"{0}\").",
+     "実行時の現在のフォルダはプラグインのフォルダではなくデバッガのデータフォルダです。{0} は"
+     "プラグインファイル自身のフォルダから開いてください: File.join(__dir__, \"{0}\")。"},
+    {"advice.relative_path.perl",
+     "A run's current folder is the debugger's data folder, not the plug-in's: open a file by "
+     "the plug-in file's own folder, File::Basename::dirname(__FILE__) . '/{0}'.",
+     "実行時の現在のフォルダはプラグインのフォルダではなくデバッガのデータフォルダです。ファイル"
+     "はプラグインファイル自身のフォルダから開いてください: "
+     "File::Basename::dirname(__FILE__) . '/{0}'。"},
+    {"advice.no_input",
+     "A plug-in has no standard input, so input() meets its end at once: take the text from "
+     "the request, request[\"composition_string\"].",
+     "プラグインには標準入力がないので、input() はすぐに終わりに達します。文字列は要求から"
+     "受け取ってください: request[\"composition_string\"]。"},
+    {"plugin_exception.warning", "Before the error the interpreter warned: {0}",
+     "エラーの前にインタプリタが警告しました: {0}"},
+    {"entry_missing.class_somewhere",
+     "The plug-in declares Qiro_plugin as a class, not a module; the bridge includes it to call "
+     "{0}.",
+     "プラグインは Qiro_plugin をモジュールではなくクラスとして宣言しています。ブリッジは {0} "
+     "を呼ぶためにそれをインクルードします。"},
+    {"entry_missing.class",
+     "\"{0}\" on line {1} declares a class, not a module; the bridge includes Qiro_plugin, which "
+     "only a module allows.",
+     "{1} 行目の「{0}」はモジュールではなくクラスを宣言しています。ブリッジは Qiro_plugin を"
+     "インクルードしますが、それができるのはモジュールだけです。"},
+    {"entry_missing.parameters",
+     "\"{0}\" on line {1} takes {2} parameters; the bridge passes 1, the request.",
+     "{1} 行目の「{0}」は引数を {2} 個取りますが、ブリッジが渡すのは要求の 1 個です。"},
+    {"entry_missing.name_case",
+     "\"{0}\" on line {1} spells the name with another case; the bridge looks for the exact "
+     "name.",
+     "{1} 行目の「{0}」は名前の大文字と小文字が違います。ブリッジは正確な名前を探します。"},
+    {"wrong_return_shape.flattened",
+     "The entry returned, but the value is wrong: {0} separate values follow \"candidate\", "
+     "because the list went into the return value flat instead of as one reference; the bridge "
+     "then failed on it.",
+     "エントリは戻りましたが、値が正しくありません。「candidate」の後に {0} 個の値が並んでいます。"
+     "リストが 1 つのリファレンスではなく、展開されて戻り値に入ったためで、ブリッジはそこで"
+     "失敗しました。"},
+    {"wrong_return_shape.flattened.hint", "Pass a reference to the list: {0} becomes {1}",
+     "リストへのリファレンスを渡してください: {0} を {1} に"},
+    {"candidate_dropped.many", "{0} candidates are dropped ({1}), each for this reason: {2}.",
+     "{0} 個の候補 ({1}) が捨てられます。理由はどれも同じです: {2}。"},
+    {"candidate_dropped.field.many", "{0} candidates ({1}) lose {2}, each for this reason: {3}.",
+     "{0} 個の候補 ({1}) の {2}: どれも同じ理由です: {3}。"},
+    {"reason.cut.many", "it is longer than {1} characters and is cut",
+     "{1} 文字を超えるので切られます"},
+    {"reason.dropped_over_limit.many", "a jump address over {1} characters is dropped",
+     "{1} 文字を超えるジャンプ先は捨てられます"},
+};
 
 } // namespace
 

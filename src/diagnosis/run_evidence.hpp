@@ -24,9 +24,15 @@ struct command_evidence {
 
 // What an author-side probe said about the plug-in (see src/probes).
 struct probe_evidence {
+    // One line of the plug-in as written, with its number.
+    struct source_line {
+        std::uint32_t line = 0;
+        std::string text;
+    };
     // A compile, load or call that failed, with the innermost place in the plug-in.
     struct failure {
-        std::string type;
+        std::string type; // the exception's class, or what the probe made of the failure
+        std::string module; // a module that could not be found, when the interpreter named it
         std::string message;
         std::optional<std::string> file;
         std::optional<std::uint32_t> line;
@@ -37,6 +43,17 @@ struct probe_evidence {
         std::optional<std::vector<std::string>> keys; // for a mapping, its first keys
         std::optional<std::string> candidate_type;    // the type under "candidate", if any
         bool ok = false;                              // what the bridge reads candidates from
+        // Perl: how many values followed "candidate" because a list went in flat, not as a
+        // reference, and the line that did it.
+        std::optional<std::uint64_t> flattened;
+        std::optional<source_line> slip;
+    };
+    // An entry declared in a form the bridge refuses: "name_case" (the name differs only in
+    // case), "class" (a Ruby class where the bridge includes a module) or "parameters".
+    struct entry_shape {
+        std::string kind;
+        std::optional<source_line> declaration;
+        std::optional<std::uint32_t> takes; // the parameters the entry requires
     };
     // One candidate, or one of its fields, that the bridge drops or cuts.
     struct candidate_note {
@@ -58,6 +75,7 @@ struct probe_evidence {
     std::optional<bool> entry_found;
     std::string entry_name;
     bool module_found = true;
+    std::optional<entry_shape> shape;
     std::optional<failure> call_failure;
     std::optional<returned_shape> returned;
     std::vector<candidate_note> candidates;

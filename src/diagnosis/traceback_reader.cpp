@@ -16,6 +16,7 @@ struct frame {
     std::string file;
     std::uint32_t line = 0;
     std::string function;
+    std::uint64_t repeated = 1; // the interpreter's own count of the same frame in a row
 };
 
 std::string_view base_name(std::string_view a_path) {
@@ -64,10 +65,20 @@ std::string trim(std::string a_text) {
 // place: the innermost plug-in frame gives the place.
 void fold_frames(const std::vector<frame>& a_innermost_first, std::string_view a_plugin_file,
                  failure_reading& a_reading) {
+    // A recursion prints the same frame hundreds of times: one line with the count.
+    std::vector<frame> folded;
+    for (const auto& item : a_innermost_first) {
+        if (!folded.empty() && folded.back().file == item.file &&
+            folded.back().line == item.line && folded.back().function == item.function) {
+            folded.back().repeated += item.repeated;
+        } else {
+            folded.push_back(item);
+        }
+    }
     std::vector<std::string> plugin;
     std::vector<std::string> library;
     bool bridge = false;
-    for (const auto& item : a_innermost_first) {
+    for (const auto& item : folded) {
         if (is_bridge_file(item.file)) {
             bridge = true;
             continue;
@@ -78,7 +89,12 @@ void fold_frames(const std::vector<frame>& a_innermost_first, std::string_view a
                                                             : std::string_view(item.file)) +
             ":" + std::to_string(item.line);
         if (!item.function.empty()) {
-            text += " in " + item.function;
+            text += " in ";
+            text += item.function;
+        }
+        if (item.repeated > 1) {
+            text += " × ";
+            text += std::to_string(item.repeated);
         }
         if (is_plugin(item.file, a_plugin_file)) {
             if (!a_reading.line) {
@@ -121,12 +137,15 @@ failure_reading read_python(std::string_view a_std_output, std::string_view a_st
         return reading;
     }
     static const std::regex frame_line(R"re(^  File "(.+)", line (\d+)(?:, in (.+))?$)re");
+    static const std::regex repeated_line(R"(^  \[Previous line repeated (\d+) more times?\]$)");
     std::vector<frame> frames;
     for (auto line = start.base(); line != lines.end(); ++line) {
         std::smatch match;
         if (std::regex_match(*line, match, frame_line)) {
             frames.push_back(
                 {match[1], static_cast<std::uint32_t>(std::stoul(match[2])), match[3]});
+        } else if (std::regex_match(*line, match, repeated_line) && !frames.empty()) {
+            frames.back().repeated += std::stoull(match[1]);
         } else if (!line->empty() && line->front() != ' ') {
             reading.message = *line; // the last unindented line names the exception
         }
@@ -176,10 +195,15 @@ failure_reading read_ruby(std::string_view a_std_error, std::string_view a_plugi
     for (; index < lines.size() && !std::regex_match(lines[index], from); ++index) {
         message += "\n" + lines[index];
     }
+    static const std::regex levels(R"(^\s+\.\.\. (\d+) levels\.\.\.$)");
     for (; index < lines.size(); ++index) {
         if (std::regex_match(lines[index], match, from)) {
             frames.push_back(
                 {match[1], static_cast<std::uint32_t>(std::stoul(match[2])), match[3]});
+        } else if (std::regex_match(lines[index], match, levels)) {
+            // The levels left out lie between the frames around them; in a recursion they
+            // are the same frame again.
+            frames.back().repeated += std::stoull(match[1]);
         }
     }
     // The class closes the message's first line; the lines after it quote the code.
@@ -249,9 +273,53 @@ failure_reading read_perl(std::string_view a_std_output, std::string_view a_std_
                 : failure_kind::load;
         return reading;
     }
+    // Perl prints its warnings and then the error on the same stream: each warning ends in
+    // " at FILE line N."; the error is what follows the last of them (a die whose message
+    // ends in a newline names no place), or else the last of them.
+    static const std::regex terminated(R"(^.* at .+? line \d+(?:, <[^>]*> (?:line|chunk) \d+)?\.$)");
+    std::vector<std::string> messages;
+    std::string current;
+    for (const auto& line : lines) {
+        if (!current.empty()) {
+            current += '\n';
+        }
+        current += line;
+        if (std::regex_match(line, terminated)) {
+            messages.push_back(std::move(current));
+            current.clear();
+        }
+    }
+    if (!trim(current).empty()) {
+        messages.push_back(trim(current));
+    }
+    if (messages.empty()) {
+        return reading;
+    }
+    const std::string last = messages.back();
+    messages.pop_back();
+    for (const auto& warning : messages) {
+        failure_reading::warning item{hide_bridge(trim(warning)), {}};
+        for (auto it = std::sregex_iterator(warning.begin(), warning.end(), place);
+             it != std::sregex_iterator(); ++it) {
+            if (is_plugin((*it)[1].str(), a_plugin_file)) {
+                item.line = static_cast<std::uint32_t>(std::stoul((*it)[2]));
+                break;
+            }
+        }
+        reading.warnings.push_back(std::move(item));
+    }
+    frames.clear();
+    for (auto it = std::sregex_iterator(last.begin(), last.end(), place);
+         it != std::sregex_iterator(); ++it) {
+        frames.push_back({(*it)[1], static_cast<std::uint32_t>(std::stoul((*it)[2])), {}});
+    }
+    reading.file.reset();
+    reading.line.reset();
+    fold_frames(frames, a_plugin_file, reading);
+    reading.message = hide_bridge(trim(last));
     static const std::regex reference_fault(
         R"(Not an? (ARRAY|HASH) reference|as an? (ARRAY|HASH) ref)");
-    reading.kind = !reading.line && std::regex_search(error, reference_fault)
+    reading.kind = !reading.line && std::regex_search(last, reference_fault)
                        ? failure_kind::return_shape
                        : failure_kind::exception;
     return reading;

@@ -25,8 +25,15 @@ struct failure_reading {
     std::optional<std::string> file;
     std::optional<std::uint32_t> line;
     std::optional<std::uint32_t> column;
-    // Innermost first: the plug-in's frames, then library frames, then one "[bridge]" line.
+    // Innermost first: the plug-in's frames, then library frames, then one "[bridge]" line;
+    // a frame repeated in a row (a recursion) is one line ending in "× N".
     std::vector<std::string> frames;
+    // What the interpreter warned before the error (Perl), each with its line in the plug-in.
+    struct warning {
+        std::string message;
+        std::optional<std::uint32_t> line;
+    };
+    std::vector<warning> warnings;
 };
 
 // Reads the outputs of a bridge run of the plug-in a_plugin_file (its file name) in the

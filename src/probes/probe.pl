@@ -60,6 +60,46 @@ sub failure {
     return {ok => JSON::PP::false, message => $message, file => $file, line => $line};
 }
 
+# Where the last die came from in the plug-in's own file, for a message that names no place
+# (one that ends in a newline). Kept with the message, so that a die caught inside the
+# plug-in does not lend its place to a later one.
+my ($die_message, $die_line);
+sub note_die {
+    my ($error) = @_;
+    for (my $depth = 0; my @frame = caller($depth); $depth++) {
+        if (File::Spec->rel2abs($frame[1]) eq $plugin_file) {
+            ($die_message, $die_line) = ($error, $frame[2] + 0);
+            return;
+        }
+    }
+    ($die_message, $die_line) = ($error, undef);
+}
+
+# The plug-in's own lines, for the declarations the bridge did not accept.
+sub plugin_lines {
+    open(my $source, '<', $plugin_file) or return ();
+    my @lines = <$source>;
+    close($source);
+    chomp(@lines);
+    s/\r\z// for @lines;
+    return @lines;
+}
+
+# The first line that matches, as {line, found}, or undef.
+sub find_line {
+    my ($pattern) = @_;
+    my @lines = plugin_lines();
+    for my $index (0 .. $#lines) {
+        if ($lines[$index] =~ $pattern) {
+            my $text = $lines[$index];
+            $text =~ s/^\s+|\s+\z//g;
+            $text = Encode::decode_utf8($text) unless Encode::is_utf8($text);
+            return {line => $index + 1, found => $text};
+        }
+    }
+    return undef;
+}
+
 sub type_of {
     my ($value) = @_;
     return 'undef' unless defined($value);
@@ -76,6 +116,21 @@ if (my $error = $@) {
     my $result = failure($error);
     my $syntax = $error !~ /Can't locate |did not return a true value/ &&
         $error =~ /syntax error|Compilation failed|Global symbol|Missing right curly|Can't find string terminator|Unmatched right|Bareword .* not allowed|Illegal declaration/;
+    if ($error =~ /did not return a true value/) {
+        # The place Perl names is the require's, never in the plug-in: the last line is.
+        my @lines = plugin_lines();
+        my $last = scalar(@lines);
+        $last-- while ($last > 1 && $lines[$last - 1] =~ /^\s*(#.*)?$/);
+        $result = {ok => JSON::PP::false, type => 'no_true_value',
+                   message => 'did not return a true value', file => $plugin_file,
+                   line => $last || undef};
+    } elsif ($error =~ /Can't locate .* in \@INC/ && $error =~ /BEGIN failed--compilation aborted/) {
+        $result->{type} = 'use_missing';
+        $result->{module} = $1 if ($error =~ /install the (\S+) module/);
+    } elsif ($error =~ /Can't locate /) {
+        $result->{type} = 'require_missing';
+        $result->{module} = $1 if ($error =~ /install the (\S+) module/);
+    }
     if ($syntax) {
         $report{compile} = $result;
     } else {
@@ -90,7 +145,14 @@ $report{load} = {ok => JSON::PP::true};
 my $entry = Qiro_plugin->can($method);
 $report{entry} = {name => $method, found => ($entry ? JSON::PP::true : JSON::PP::false),
                   module => (%Qiro_plugin:: ? JSON::PP::true : JSON::PP::false)};
-emit(\%report) unless $entry;
+unless ($entry) {
+    # A package or a sub whose name differs only in case is the likely slip.
+    my $package = find_line(qr/^\s*package\s+(?!Qiro_plugin\b)(?i:qiro_plugin)\s*[;{]/);
+    my $sub = find_line(qr/^\s*sub\s+(?!\Q$method\E\b)(?i:\Q$method\E)\b/);
+    my $declared = $package || $sub;
+    $report{entry}{shape} = {kind => 'name_case', %{$declared}} if $declared;
+    emit(\%report);
+}
 
 my @values = @ARGV[2 .. $#ARGV];
 my %request;
@@ -107,15 +169,43 @@ if ($method eq 'run_preference') {
 }
 
 # The bridge reads the result as a list of keys and values.
-my @returned = eval { $entry->(\%request) };
+my @returned = eval {
+    local $SIG{__DIE__} = \&note_die;
+    $entry->(\%request);
+};
 if (my $error = $@) {
     $report{call} = failure($error);
+    if (!defined($report{call}{line}) && defined($die_line) && defined($die_message)
+        && $die_message eq $error) {
+        ($report{call}{file}, $report{call}{line}) = ($plugin_file, $die_line);
+    }
+    if ($error =~ /^(Too (?:few|many) arguments for subroutine) .*\(got (\d+); expected (?:at (?:least|most) )?(\d+)\)/) {
+        my $declaration = find_line(qr/^\s*sub\s+\Q$method\E\b/);
+        $report{entry}{shape} = {kind => 'parameters', takes => $3 + 0, passes => $2 + 0,
+                                 %{$declaration || {}}};
+    }
     emit(\%report);
 }
 $report{call} = {ok => JSON::PP::true};
 if ($method eq 'run_process') {
     my %shape = (keys => undef, candidate => undef, ok => JSON::PP::false);
-    if (scalar(@returned) == 1 && ref($returned[0])) {
+    if (scalar(@returned) >= 2 && defined($returned[0]) && !ref($returned[0])
+        && $returned[0] eq 'candidate'
+        && !grep { ref($_) ne 'HASH' } @returned[1 .. $#returned]) {
+        # An array in the list is flattened: its items follow the key instead of one reference.
+        $shape{type} = 'list of ' . scalar(@returned) . ' values';
+        $shape{flattened} = scalar(@returned) - 1;
+        my $slip = find_line(qr/\bcandidate['"]?\s*(?:=>|,)\s*\@/);
+        $shape{slip} = $slip if $slip;
+        $report{returned} = \%shape;
+        $report{candidates} = [];
+        emit(\%report);
+    }
+    if (scalar(@returned) == 1 && !defined($returned[0])) {
+        $shape{type} = 'undef';
+    } elsif (scalar(@returned) == 0) {
+        $shape{type} = 'empty list';
+    } elsif (scalar(@returned) == 1 && ref($returned[0])) {
         $shape{type} = type_of($returned[0]);
         $shape{keys} = [grep { defined } (sort keys %{$returned[0]})[0 .. 19]]
             if ref($returned[0]) eq 'HASH';
@@ -128,6 +218,13 @@ if ($method eq 'run_process') {
         if (exists($data{candidate})) {
             $shape{candidate} = type_of($data{candidate});
             $shape{ok} = ref($data{candidate}) eq 'ARRAY' ? JSON::PP::true : JSON::PP::false;
+            # A hash filled from a flat list before it was returned: the line tells.
+            my $slip = ref($data{candidate}) eq 'HASH'
+                && find_line(qr/\bcandidate['"]?\s*(?:=>|,)\s*\@/);
+            if ($slip) {
+                $shape{flattened} = scalar(@returned) - 1;
+                $shape{slip} = $slip;
+            }
         }
         my @findings;
         if (ref($data{candidate}) eq 'ARRAY') {

@@ -10,6 +10,7 @@
 
 import importlib.machinery
 import importlib.util
+import inspect
 import json
 import os
 import sys
@@ -94,6 +95,48 @@ def check_candidates(value):
     return findings
 
 
+def declared(function, plugin_file):
+    # The line that declares the function in the plug-in, stripped, with its number.
+    code = getattr(function, "__code__", None)
+    if code is None or os.path.abspath(code.co_filename) != plugin_file:
+        return None
+    try:
+        with open(plugin_file, encoding="utf-8", errors="replace") as source:
+            lines = source.read().splitlines()
+        for number in range(code.co_firstlineno, min(code.co_firstlineno + 20, len(lines) + 1)):
+            if lines[number - 1].lstrip().startswith(("def ", "async def ")):
+                return {"line": number, "found": lines[number - 1].strip()}
+        return {"line": code.co_firstlineno, "found": lines[code.co_firstlineno - 1].strip()}
+    except (OSError, IndexError):
+        return None
+
+
+def entry_shape(module, name, entry, plugin_file):
+    # Which declaration the bridge refuses, when the file declares the entry in a form it
+    # cannot call with the one request.
+    if not callable(entry):
+        for other in dir(module):
+            if other != name and other.lower() == name.lower():
+                place = declared(getattr(module, other), plugin_file)
+                if place:
+                    return dict({"kind": "name_case"}, **place)
+        return None
+    try:
+        signature = inspect.signature(entry)
+    except (TypeError, ValueError):
+        return None
+    try:
+        signature.bind({})
+        return None
+    except TypeError:
+        pass
+    takes = sum(1 for parameter in signature.parameters.values()
+                if parameter.kind in (parameter.POSITIONAL_ONLY, parameter.POSITIONAL_OR_KEYWORD)
+                and parameter.default is parameter.empty)
+    return dict({"kind": "parameters", "takes": takes, "passes": 1},
+                **(declared(entry, plugin_file) or {}))
+
+
 def make_request(method, values):
     if method == "run_preference":
         return {"path": url_decode(values[0])}
@@ -144,7 +187,10 @@ def main():
     name = "qiro_plugin_" + method
     entry = getattr(module, name, None)
     report["entry"] = {"name": name, "found": callable(entry)}
-    if not callable(entry):
+    refused = entry_shape(module, name, entry, plugin_file)
+    if refused:
+        report["entry"]["shape"] = refused
+    if not callable(entry) or refused:
         return emit(report, out)
     try:
         value = entry(make_request(method, sys.argv[3:]))

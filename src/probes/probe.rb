@@ -134,14 +134,54 @@ begin
   report["load"] = { "ok" => true }
 rescue Exception => error
   report["load"] = failure(error, plugin_file)
+  # A file of the author's own, named relative to the plug-in, is not a library to install.
+  if error.is_a?(LoadError) && (error.backtrace || []).first.to_s.include?("require_relative")
+    report["load"]["type"] = "require_relative"
+  end
   emit(report)
 end
 
-found = Object.const_defined?(:Qiro_plugin) && Qiro_plugin.is_a?(Module) &&
+# The plug-in's line, stripped, with its number: what the author declared.
+def declared(file, line)
+  return nil unless file && line
+  text = File.readlines(file, encoding: "UTF-8")[line - 1].to_s
+  { "line" => line, "found" => text(text).strip }
+rescue SystemCallError, IOError
+  nil
+end
+
+# Which declaration the bridge refuses, when the file declares the entry in a form it cannot use.
+def entry_shape(method_name)
+  unless Object.const_defined?(:Qiro_plugin)
+    name = Object.constants.find { |constant| constant.to_s.downcase == "qiro_plugin" }
+    return nil unless name
+    place = declared(*Object.const_source_location(name))
+    return place && { "kind" => "name_case" }.merge(place)
+  end
+  if Qiro_plugin.is_a?(Class)
+    place = declared(*Object.const_source_location(:Qiro_plugin))
+    return { "kind" => "class" }.merge(place || {})
+  end
+  methods = Qiro_plugin.instance_methods + Qiro_plugin.private_instance_methods
+  unless methods.include?(method_name.to_sym)
+    other = methods.find { |name| name.to_s.downcase == method_name.downcase }
+    place = other && declared(*Qiro_plugin.instance_method(other).source_location)
+    return place && { "kind" => "name_case" }.merge(place)
+  end
+  entry = Qiro_plugin.instance_method(method_name)
+  required = entry.arity.negative? ? -entry.arity - 1 : entry.arity
+  return nil if entry.arity == 1 || (entry.arity.negative? && required <= 1)
+  { "kind" => "parameters", "takes" => required, "passes" => 1 }
+    .merge(declared(*entry.source_location) || {})
+end
+
+module_found = Object.const_defined?(:Qiro_plugin)
+found = module_found && Qiro_plugin.instance_of?(Module) &&
         (Qiro_plugin.instance_methods + Qiro_plugin.private_instance_methods).include?(method_name.to_sym)
-report["entry"] = { "name" => method_name, "found" => found,
-                    "module" => Object.const_defined?(:Qiro_plugin) }
-emit(report) unless found
+report["entry"] = { "name" => method_name, "found" => found, "module" => module_found }
+shape = entry_shape(method_name)
+report["entry"]["shape"] = shape if shape
+emit(report) if !found || shape
 
 include Qiro_plugin
 begin

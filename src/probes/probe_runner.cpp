@@ -45,11 +45,21 @@ std::optional<diagnosis::probe_evidence::failure> read_failure(const nlohmann::j
     }
     diagnosis::probe_evidence::failure failure;
     failure.type = found->value("type", std::string());
+    failure.module = optional_member<std::string>(*found, "module").value_or("");
     failure.message = found->value("message", std::string());
     failure.file = optional_member<std::string>(*found, "file");
     failure.line = optional_member<std::uint32_t>(*found, "line");
     failure.column = optional_member<std::uint32_t>(*found, "column");
     return failure;
+}
+
+std::optional<diagnosis::probe_evidence::source_line> read_line(const nlohmann::json& a_object) {
+    const auto line = optional_member<std::uint32_t>(a_object, "line");
+    if (!line) {
+        return std::nullopt;
+    }
+    return diagnosis::probe_evidence::source_line{
+        *line, optional_member<std::string>(a_object, "found").value_or("")};
 }
 
 } // namespace
@@ -89,6 +99,13 @@ diagnosis::probe_evidence read_probe_output(std::string_view a_std_output) {
             evidence.entry_found = entry->value("found", false);
             evidence.entry_name = entry->value("name", std::string());
             evidence.module_found = entry->value("module", true);
+            if (const auto shape = entry->find("shape"); shape != entry->end() && shape->is_object()) {
+                diagnosis::probe_evidence::entry_shape declared;
+                declared.kind = shape->value("kind", std::string());
+                declared.declaration = read_line(*shape);
+                declared.takes = optional_member<std::uint32_t>(*shape, "takes");
+                evidence.shape = declared;
+            }
         }
         if (const auto returned = report.find("returned");
             returned != report.end() && returned->is_object()) {
@@ -97,6 +114,10 @@ diagnosis::probe_evidence read_probe_output(std::string_view a_std_output) {
             shape.keys = optional_member<std::vector<std::string>>(*returned, "keys");
             shape.candidate_type = optional_member<std::string>(*returned, "candidate");
             shape.ok = returned->value("ok", false);
+            shape.flattened = optional_member<std::uint64_t>(*returned, "flattened");
+            if (const auto slip = returned->find("slip"); slip != returned->end() && slip->is_object()) {
+                shape.slip = read_line(*slip);
+            }
             evidence.returned = shape;
         }
         for (const auto& item : report.value("candidates", nlohmann::json::array())) {

@@ -110,6 +110,85 @@ TEST_F(diagnosis_run, each_mistake_gives_its_code_and_place_in_every_language) {
                    "no_language.txt");
 }
 
+// Mistakes authors make, each read as what it is: the code, the line in the author's file, and
+// words of the author's language and situation (in the message or the hint).
+TEST_F(diagnosis_run, each_mistake_is_told_in_the_authors_terms) {
+    using diagnosis::severity;
+    struct row {
+        const char* file;
+        const char* code;
+        std::optional<std::uint32_t> line;
+        severity level;
+        const char* said;   // in the message or the hint
+        const char* unsaid; // in neither; empty: no such text
+        probe_policy policy = probe_policy::after_failure;
+    };
+    const row rows[] = {
+        {"load_failed.pl", "load_failed", 1, severity::error, "does not compile", "compiles but"},
+        {"python_dropped_many.py", "candidate_dropped", {}, severity::warning,
+         "30 candidates are dropped (2, 3, 4, 5, 6, ...)", "", probe_policy::always},
+        {"python_dropped_all.py", "candidate_dropped", {}, severity::error,
+         "2 candidates are dropped (1, 2)", ""},
+        {"ruby_missing_end.rb", "syntax_error", 7, severity::error, "the if on line 3",
+         "ruby_missing_end.rb"},
+        {"perl_die_newline.pl", "plugin_exception", 4, severity::error,
+         "no word for this reading", ""},
+        {"ruby_class.rb", "entry_missing", 1, severity::error,
+         "\"class Qiro_plugin\" on line 1 declares a class, not a module", ""},
+        {"perl_package_case.pl", "entry_missing", 1, severity::error,
+         "\"package Qiro_Plugin;\" on line 1", ""},
+        {"python_parameters.py", "entry_missing", 3, severity::error,
+         "takes 0 parameters; the bridge passes 1", ""},
+        {"perl_flat_list.pl", "wrong_return_shape", 6, severity::error,
+         "return (candidate => \\@list);", "stopped with an error"},
+        {"ruby_relative.rb", "load_failed", 1, severity::error,
+         "relative to the plug-in file's folder", "Perl"},
+        {"python_recursion.py", "plugin_exception", 2, severity::error,
+         "python_recursion.py:2 in walk × ", ""},
+        {"perl_warning_first.pl", "plugin_exception", 8, severity::error,
+         "stopped with an error: 変換できません", "Wide character"},
+        {"perl_undef.pl", "wrong_return_shape", {}, severity::error, "returned undef", ""},
+        {"perl_no_true_value.pl", "load_failed", 8, severity::error,
+         "does not end in a true value", "[bridge]"},
+        {"python_relative_file.py", "plugin_exception", 2, severity::error,
+         "plug-in file's own folder", ""},
+        {"python_input.py", "plugin_exception", 2, severity::error, "no standard input", ""},
+        {"python_shift_jis.py", "syntax_error", 2, severity::error, "Save it as UTF-8", ""},
+    };
+    std::vector<std::future<run_report>> reports;
+    for (const auto& item : rows) {
+        reports.push_back(std::async(std::launch::async, [this, &item] {
+            return run(m_fixtures, item.file, item.policy);
+        }));
+        if (reports.size() % 3 == 0) {
+            reports[reports.size() - 3].wait();
+        }
+    }
+    for (std::size_t index = 0; index < std::size(rows); ++index) {
+        const auto& [file, code, line, level, said, unsaid, policy] = rows[index];
+        const auto report = reports[index].get();
+        expect_finding(file, code, line, report, file);
+        ASSERT_FALSE(report.findings.empty()) << file;
+        // The first finding is the mistake itself, said on one line as compilers do.
+        const finding& first = report.findings.front();
+        EXPECT_EQ(first.code, code) << file << ": " << first.message;
+        EXPECT_EQ(first.level, level) << file << ": " << first.message;
+        EXPECT_EQ(first.message.find('\n'), std::string::npos) << file << ": " << first.message;
+        // Folded: one finding of the kind, besides notes such as the warnings before an error.
+        EXPECT_EQ(std::count_if(report.findings.begin(), report.findings.end(),
+                                [&](const finding& a_item) {
+                                    return a_item.code == code && a_item.level != severity::note;
+                                }),
+                  1)
+            << file << ": one finding of the kind";
+        const std::string words = first.message + "\n" + first.hint;
+        EXPECT_NE(words.find(said), std::string::npos) << file << ": " << words;
+        if (*unsaid != '\0') {
+            EXPECT_EQ(words.find(unsaid), std::string::npos) << file << ": " << words;
+        }
+    }
+}
+
 // A lone surrogate (or in Perl a code point past U+10FFFF) in a returned string reaches the
 // output in the lax form, the document is refused as the input method refuses it, and the
 // diagnosis says where and why.
