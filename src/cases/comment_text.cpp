@@ -71,8 +71,8 @@ std::string comment_text(const std::string& a_comment) {
     std::string returned;
     for (std::size_t at = 0; at < body.size();) {
         const std::size_t found = body.find(line_break, at);
-        returned += unescaped(body.substr(at, found == std::string_view::npos ? body.size() - at
-                                                                              : found - at));
+        returned += unescaped(
+            body.substr(at, found == std::string_view::npos ? body.size() - at : found - at));
         if (found == std::string_view::npos) {
             break;
         }

@@ -6,15 +6,16 @@
 #include "diagnosis/traceback_reader.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
-#include <fstream>
-#include <map>
-#include <regex>
-#include <tuple>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <limits>
+#include <map>
+#include <regex>
 #include <sys/stat.h>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -38,6 +39,16 @@ constexpr int calibration_rounds = 1000;
 // Only this many kinds of dropped candidates are listed, each with this many numbers.
 constexpr std::size_t candidate_findings_limit = 10;
 constexpr std::size_t candidate_numbers_shown = 5;
+
+// How Debian names a library's package after its module or gem: lower case, dashes for
+// underscores (python3-foo-bar for foo_bar).
+std::string debian_name(std::string a_module) {
+    for (char& each : a_module) {
+        each =
+            each == '_' ? '-' : static_cast<char>(std::tolower(static_cast<unsigned char>(each)));
+    }
+    return a_module;
+}
 
 std::string with_one_decimal(double a_value) {
     char text[32];
@@ -402,12 +413,14 @@ struct analysis {
                                         run_error.find("BEGIN failed") != std::string::npos;
                 std::string package = "lib";
                 for (const char item : module) {
-                    package += item == ':' ? '-' : static_cast<char>(std::tolower(
-                                                       static_cast<unsigned char>(item)));
+                    package +=
+                        item == ':'
+                            ? '-'
+                            : static_cast<char>(std::tolower(static_cast<unsigned char>(item)));
                 }
                 package = std::regex_replace(package, std::regex("--"), "-") + "-perl";
-                text = say(at_compile ? "load_failed.perl_use" : "load_failed.perl_require",
-                           {module});
+                text =
+                    say(at_compile ? "load_failed.perl_use" : "load_failed.perl_require", {module});
                 hint = beside_plugin(path) ? say("load_failed.perl_beside.hint", {path})
                                            : say("load_failed.perl_module.hint", {module, package});
             }
@@ -429,7 +442,7 @@ struct analysis {
                     hint = say("load_failed.ruby_beside.hint", {name});
                 } else {
                     text = say("load_failed.library", {name});
-                    hint = say("load_failed.ruby_gem.hint", {name});
+                    hint = say("load_failed.ruby_gem.hint", {name, debian_name(name)});
                 }
             }
         } else if (m_evidence.language == "python") {
@@ -439,7 +452,7 @@ struct analysis {
                 text = say("load_failed.library", {name});
                 hint = beside_plugin(name + ".py") || beside_plugin(name + "/__init__.py")
                            ? say("load_failed.python_beside.hint", {name})
-                           : say("load_failed.python_module.hint", {name});
+                           : say("load_failed.python_module.hint", {name, debian_name(name)});
             }
         }
         place(add(codes::load_failed, severity::error, text, hint), file, line, a_failure.column);
@@ -484,9 +497,8 @@ struct analysis {
         std::optional<std::string> file = a_reading.file;
         std::optional<std::uint32_t> line = a_reading.line;
         // A Perl die whose message ends in a newline names no place; the probe saw where it was.
-        const auto* probe = m_evidence.probe && m_evidence.probe->answered
-                                ? &*m_evidence.probe
-                                : nullptr;
+        const auto* probe =
+            m_evidence.probe && m_evidence.probe->answered ? &*m_evidence.probe : nullptr;
         if (!line && probe != nullptr && probe->call_failure && probe->call_failure->line) {
             file = probe->call_failure->file;
             line = probe->call_failure->line;
@@ -703,8 +715,8 @@ struct analysis {
     // One finding for each way candidates are dropped or cut, with how many and which; the
     // numbers count from 1, as the author counts the items of the list.
     void candidate_findings(const std::vector<probe_evidence::candidate_note>& a_notes) {
-        using kind = std::tuple<bool, std::string, std::string, std::string,
-                                std::optional<std::uint64_t>>;
+        using kind =
+            std::tuple<bool, std::string, std::string, std::string, std::optional<std::uint64_t>>;
         std::vector<std::pair<kind, std::vector<const probe_evidence::candidate_note*>>> groups;
         for (const auto& note : a_notes) {
             const kind key{note.kept, note.field, note.reason, note.type, note.limit};
@@ -741,9 +753,9 @@ struct analysis {
             const std::string count = std::to_string(notes.size());
             std::string message;
             if (note.kept) {
-                message = many ? say("candidate_dropped.field.many",
-                                     {count, numbers, note.field, reason})
-                               : say("candidate_dropped.field", {numbers, note.field, reason});
+                message =
+                    many ? say("candidate_dropped.field.many", {count, numbers, note.field, reason})
+                         : say("candidate_dropped.field", {numbers, note.field, reason});
             } else {
                 message = many ? say("candidate_dropped.many", {count, numbers, reason})
                                : say("candidate_dropped", {numbers, reason});

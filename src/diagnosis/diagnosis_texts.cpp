@@ -1,6 +1,5 @@
 #include "diagnosis/diagnosis_texts.hpp"
 
-
 namespace qiro_plugin::diagnosis {
 
 namespace {
@@ -168,10 +167,12 @@ constexpr entry table[] = {
      "loading worked: end the file with a line 1;",
      "Perl は require でファイルを読み込み、最後の文の値で読み込めたかどうかを判断します。"
      "ファイルの最後に 1; の行を置いてください。"},
-    {"load_failed.perl_use", "The plug-in does not compile: the module {0} that it uses is not "
+    {"load_failed.perl_use",
+     "The plug-in does not compile: the module {0} that it uses is not "
      "installed.",
      "プラグインがコンパイルできません。use しているモジュール {0} がインストールされていません。"},
-    {"load_failed.perl_require", "The plug-in compiles, but the module {0} that it requires is "
+    {"load_failed.perl_require",
+     "The plug-in compiles, but the module {0} that it requires is "
      "not installed.",
      "プラグインはコンパイルできますが、require しているモジュール {0} がインストールされて"
      "いません。"},
@@ -185,7 +186,8 @@ constexpr entry table[] = {
      "use File::Basename; use lib dirname(__FILE__); before the use.",
      "{0} はプラグインの隣にありますが、プラグインのフォルダはモジュールの検索先ではありません。"
      "use の前に use File::Basename; use lib dirname(__FILE__); を置いてください。"},
-    {"load_failed.own_file", "The plug-in's own file {0}, which it loads with require_relative, "
+    {"load_failed.own_file",
+     "The plug-in's own file {0}, which it loads with require_relative, "
      "is not there.",
      "プラグインが require_relative で読み込む自分のファイル {0} がありません。"},
     {"load_failed.ruby_relative.hint",
@@ -201,9 +203,9 @@ constexpr entry table[] = {
      "{0}.rb はプラグインの隣にありますが、require は Ruby のロードパスを探します。自分のファイル"
      "は require_relative \"{0}\" で読み込んでください。"},
     {"load_failed.ruby_gem.hint",
-     "Install it for this ruby (gem install {0}, or the Debian package ruby-{0}), or correct "
+     "Install it for this ruby (gem install {0}, or the Debian package ruby-{1}), or correct "
      "its name.",
-     "この ruby 用にインストールするか（gem install {0}、または Debian パッケージ ruby-{0}）、"
+     "この ruby 用にインストールするか（gem install {0}、または Debian パッケージ ruby-{1}）、"
      "名前を直してください。"},
     {"load_failed.python_beside.hint",
      "{0} lies beside the plug-in, but the plug-in's folder is not on the module path when the "
@@ -213,9 +215,9 @@ constexpr entry table[] = {
      "の検索パスにありません。import の前に sys.path.insert(0, "
      "os.path.dirname(os.path.abspath(__file__))) を置いてください。"},
     {"load_failed.python_module.hint",
-     "Install it for this python (the Debian package python3-{0}, or pip install {0}), or "
+     "Install it for this python (the Debian package python3-{1}, or pip install {0}), or "
      "correct its name.",
-     "この python 用にインストールするか（Debian パッケージ python3-{0}、または pip install "
+     "この python 用にインストールするか（Debian パッケージ python3-{1}、または pip install "
      "{0}）、名前を直してください。"},
     {"advice.relative_path.python",
      "A run's current folder is the debugger's data folder, not the plug-in's: open {0} from "

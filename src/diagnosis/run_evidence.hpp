@@ -31,7 +31,7 @@ struct probe_evidence {
     };
     // A compile, load or call that failed, with the innermost place in the plug-in.
     struct failure {
-        std::string type; // the exception's class, or what the probe made of the failure
+        std::string type;   // the exception's class, or what the probe made of the failure
         std::string module; // a module that could not be found, when the interpreter named it
         std::string message;
         std::optional<std::string> file;

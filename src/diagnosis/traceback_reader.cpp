@@ -68,8 +68,8 @@ void fold_frames(const std::vector<frame>& a_innermost_first, std::string_view a
     // A recursion prints the same frame hundreds of times: one line with the count.
     std::vector<frame> folded;
     for (const auto& item : a_innermost_first) {
-        if (!folded.empty() && folded.back().file == item.file &&
-            folded.back().line == item.line && folded.back().function == item.function) {
+        if (!folded.empty() && folded.back().file == item.file && folded.back().line == item.line &&
+            folded.back().function == item.function) {
             folded.back().repeated += item.repeated;
         } else {
             folded.push_back(item);
@@ -276,7 +276,8 @@ failure_reading read_perl(std::string_view a_std_output, std::string_view a_std_
     // Perl prints its warnings and then the error on the same stream: each warning ends in
     // " at FILE line N."; the error is what follows the last of them (a die whose message
     // ends in a newline names no place), or else the last of them.
-    static const std::regex terminated(R"(^.* at .+? line \d+(?:, <[^>]*> (?:line|chunk) \d+)?\.$)");
+    static const std::regex terminated(
+        R"(^.* at .+? line \d+(?:, <[^>]*> (?:line|chunk) \d+)?\.$)");
     std::vector<std::string> messages;
     std::string current;
     for (const auto& line : lines) {

@@ -99,7 +99,8 @@ diagnosis::probe_evidence read_probe_output(std::string_view a_std_output) {
             evidence.entry_found = entry->value("found", false);
             evidence.entry_name = entry->value("name", std::string());
             evidence.module_found = entry->value("module", true);
-            if (const auto shape = entry->find("shape"); shape != entry->end() && shape->is_object()) {
+            if (const auto shape = entry->find("shape");
+                shape != entry->end() && shape->is_object()) {
                 diagnosis::probe_evidence::entry_shape declared;
                 declared.kind = shape->value("kind", std::string());
                 declared.declaration = read_line(*shape);
@@ -115,7 +116,8 @@ diagnosis::probe_evidence read_probe_output(std::string_view a_std_output) {
             shape.candidate_type = optional_member<std::string>(*returned, "candidate");
             shape.ok = returned->value("ok", false);
             shape.flattened = optional_member<std::uint64_t>(*returned, "flattened");
-            if (const auto slip = returned->find("slip"); slip != returned->end() && slip->is_object()) {
+            if (const auto slip = returned->find("slip");
+                slip != returned->end() && slip->is_object()) {
                 shape.slip = read_line(*slip);
             }
             evidence.returned = shape;

@@ -272,11 +272,9 @@ void cases_tab::run(const std::vector<std::size_t>& a_indexes) {
     p_impl->m_running = false;
     m_run_all_button->setEnabled(true);
     m_run_selected_button->setEnabled(true);
-    m_status->setText(stopped > 0 ? tr("%1 passed, %2 failed, %3 stopped")
-                                        .arg(passed)
-                                        .arg(failed)
-                                        .arg(stopped)
-                                  : tr("%1 passed, %2 failed").arg(passed).arg(failed));
+    m_status->setText(
+        stopped > 0 ? tr("%1 passed, %2 failed, %3 stopped").arg(passed).arg(failed).arg(stopped)
+                    : tr("%1 passed, %2 failed").arg(passed).arg(failed));
     emit running_changed(false);
     show_detail();
     emit cases_finished(passed, failed);
@@ -296,12 +294,12 @@ void cases_tab::show_coverage(const coverage_collection& a_measured) {
     if (files.size() == 1) {
         p_impl->m_coverage = files.front();
         const auto counts = coverage::summarize(files.front());
-        QString line = tr("%1: %2 of %3 lines (%4 %)")
-                           .arg(QFile::decodeName(
-                               path_of(p_impl->m_file->plugin).filename().string().c_str()))
-                           .arg(counts.lines_hit)
-                           .arg(counts.lines_found)
-                           .arg(coverage::whole_percent(counts.lines_hit, counts.lines_found));
+        QString line =
+            tr("%1: %2 of %3 lines (%4 %)")
+                .arg(QFile::decodeName(path_of(p_impl->m_file->plugin).filename().string().c_str()))
+                .arg(counts.lines_hit)
+                .arg(counts.lines_found)
+                .arg(coverage::whole_percent(counts.lines_hit, counts.lines_found));
         if (counts.branches_found > 0) {
             line += tr(", %1 of %2 branches").arg(counts.branches_hit).arg(counts.branches_found);
         }

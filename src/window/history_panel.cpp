@@ -88,8 +88,7 @@ QString history_title(const history_entry& a_entry) {
                     to_qstring(a_entry.plugin.second);
     if (a_entry.entry == "run") {
         // Quoted as the language quotes: “…” in English, 「…」 in Japanese.
-        title += QLatin1Char(' ') +
-                 history_panel::tr("“%1”").arg(to_qstring(a_entry.written_form));
+        title += QLatin1Char(' ') + history_panel::tr("“%1”").arg(to_qstring(a_entry.written_form));
         if (!a_entry.reading.empty()) {
             title += history_panel::tr(" reading “%1”").arg(to_qstring(a_entry.reading));
         }

@@ -74,8 +74,8 @@ QString find_readme() {
 // At the first start: two thirds of the screen, and at least what shows the panes, the
 // diagnosis list and every column of the candidate table; never more than the screen holds.
 QSize first_window_size(const QWidget& a_window) {
-    const QScreen* screen = a_window.screen() != nullptr ? a_window.screen()
-                                                         : QGuiApplication::primaryScreen();
+    const QScreen* screen =
+        a_window.screen() != nullptr ? a_window.screen() : QGuiApplication::primaryScreen();
     QSize size = a_window.size();
     if (screen != nullptr) {
         const QSize available = screen->availableGeometry().size();

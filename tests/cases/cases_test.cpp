@@ -171,12 +171,12 @@ TEST(case_check, compares_what_the_case_names_and_says_what_differs) {
         {R"({"stderr_contains": ["slow", "fast"]})", &good, "does not contain \"fast\"", ""},
         {R"({"candidates": [{"comment_text": "a < b&amp;\\nc"}, {"comment_text": "x & y"}]})",
          &commented, "", ""},
-        {R"({"candidates": [{"comment_text": "a < b&amp;\nc"}], "match": "prefix"})",
-         &commented, "differ (match prefix)",
+        {R"({"candidates": [{"comment_text": "a < b&amp;\nc"}], "match": "prefix"})", &commented,
+         "differ (match prefix)",
          "- 1. comment_text=\"a < b&amp;\\nc\"\n+ 1. comment_text=\"a < b&amp;\\\\nc\"\n"
          "  (1 more candidates, not compared)\n"},
-        {R"({"candidates": [{"hyoki": "一", "comment_text": ""}], "match": "prefix"})",
-         &commented, "differ (match prefix)", nullptr},
+        {R"({"candidates": [{"hyoki": "一", "comment_text": ""}], "match": "prefix"})", &commented,
+         "differ (match prefix)", nullptr},
     };
     const auto lines_of = [](const std::vector<std::string>& a_lines) {
         std::string joined;

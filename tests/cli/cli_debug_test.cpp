@@ -107,8 +107,8 @@ TEST(cli_debug, json_names_where_the_debugger_was_awaited_beside_the_plain_repor
                              "composition_string}) } ] };\n"
                              "}\n"
                              "1;\n");
-    const std::vector<std::string> plain = {"run", "--json", "--plugin-folder",
-                                            sandbox.plugins().string(), "counts.pl", "abc"};
+    const std::vector<std::string> plain = {
+        "run", "--json", "--plugin-folder", sandbox.plugins().string(), "counts.pl", "abc"};
     auto expected = parse_json(sandbox.run(plain));
     const std::uint16_t port = free_port();
     auto debugged_arguments = plain;
@@ -123,10 +123,10 @@ TEST(cli_debug, json_names_where_the_debugger_was_awaited_beside_the_plain_repor
     std::ifstream file(output);
     auto debugged = nlohmann::ordered_json::parse(file, nullptr, false);
     ASSERT_TRUE(debugged.is_object());
-    EXPECT_EQ(debugged["debug"], (nlohmann::ordered_json{{"language", "perl"},
-                                                         {"host", "127.0.0.1"},
-                                                         {"port", port},
-                                                         {"protocol", "console"}}));
+    EXPECT_EQ(
+        debugged["debug"],
+        (nlohmann::ordered_json{
+            {"language", "perl"}, {"host", "127.0.0.1"}, {"port", port}, {"protocol", "console"}}));
     for (auto* report : {&expected, &debugged}) {
         report->erase("debug");
         report->erase("timings_ms");

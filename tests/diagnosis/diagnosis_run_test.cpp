@@ -125,14 +125,23 @@ TEST_F(diagnosis_run, each_mistake_is_told_in_the_authors_terms) {
     };
     const row rows[] = {
         {"load_failed.pl", "load_failed", 1, severity::error, "does not compile", "compiles but"},
-        {"python_dropped_many.py", "candidate_dropped", {}, severity::warning,
-         "30 candidates are dropped (2, 3, 4, 5, 6, ...)", "", probe_policy::always},
-        {"python_dropped_all.py", "candidate_dropped", {}, severity::error,
-         "2 candidates are dropped (1, 2)", ""},
+        {"python_dropped_many.py",
+         "candidate_dropped",
+         {},
+         severity::warning,
+         "30 candidates are dropped (2, 3, 4, 5, 6, ...)",
+         "",
+         probe_policy::always},
+        {"python_dropped_all.py",
+         "candidate_dropped",
+         {},
+         severity::error,
+         "2 candidates are dropped (1, 2)",
+         ""},
         {"ruby_missing_end.rb", "syntax_error", 7, severity::error, "the if on line 3",
          "ruby_missing_end.rb"},
-        {"perl_die_newline.pl", "plugin_exception", 4, severity::error,
-         "no word for this reading", ""},
+        {"perl_die_newline.pl", "plugin_exception", 4, severity::error, "no word for this reading",
+         ""},
         {"ruby_class.rb", "entry_missing", 1, severity::error,
          "\"class Qiro_plugin\" on line 1 declares a class, not a module", ""},
         {"perl_package_case.pl", "entry_missing", 1, severity::error,
@@ -148,8 +157,8 @@ TEST_F(diagnosis_run, each_mistake_is_told_in_the_authors_terms) {
         {"perl_warning_first.pl", "plugin_exception", 8, severity::error,
          "stopped with an error: 変換できません", "Wide character"},
         {"perl_undef.pl", "wrong_return_shape", {}, severity::error, "returned undef", ""},
-        {"perl_no_true_value.pl", "load_failed", 8, severity::error,
-         "does not end in a true value", "[bridge]"},
+        {"perl_no_true_value.pl", "load_failed", 8, severity::error, "does not end in a true value",
+         "[bridge]"},
         {"python_relative_file.py", "plugin_exception", 2, severity::error,
          "plug-in file's own folder", ""},
         {"python_input.py", "plugin_exception", 2, severity::error, "no standard input", ""},
@@ -157,9 +166,8 @@ TEST_F(diagnosis_run, each_mistake_is_told_in_the_authors_terms) {
     };
     std::vector<std::future<run_report>> reports;
     for (const auto& item : rows) {
-        reports.push_back(std::async(std::launch::async, [this, &item] {
-            return run(m_fixtures, item.file, item.policy);
-        }));
+        reports.push_back(std::async(
+            std::launch::async, [this, &item] { return run(m_fixtures, item.file, item.policy); }));
         if (reports.size() % 3 == 0) {
             reports[reports.size() - 3].wait();
         }

@@ -142,8 +142,8 @@ mnemonic_scope widget_scope(const QString& a_name, QWidget* a_top) {
                    qobject_cast<QAbstractSpinBox*>(control) ||
                    (qobject_cast<QAbstractItemView*>(control) &&
                     !qobject_cast<QHeaderView*>(control))) {
-            described = QString::fromLatin1(control->metaObject()->className()) +
-                        QLatin1Char(' ') + control->objectName();
+            described = QString::fromLatin1(control->metaObject()->className()) + QLatin1Char(' ') +
+                        control->objectName();
         } else {
             takes_input = false;
         }
@@ -264,8 +264,8 @@ private slots:
                 m_home.filePath(QStringLiteral("machine")).toUtf8());
         qunsetenv("DBUS_SESSION_BUS_ADDRESS");
         const bool japanese = qgetenv("QIRO_TEST_LANGUAGE") == "ja";
-        install_window_translations(
-            *qApp, QLocale(japanese ? QLocale::Japanese : QLocale::English));
+        install_window_translations(*qApp,
+                                    QLocale(japanese ? QLocale::Japanese : QLocale::English));
         set_alert_function([](QWidget*, const QString&) {});
         // Everything is made in the language, as at a real start.
         m_bench = new workbench(controller());
@@ -279,12 +279,14 @@ private slots:
 
     // The first window after a run of a sample shows its whole status line.
     void the_first_window_shows_a_runs_whole_summary() {
-        auto* menu = window()->findChild<QComboBox*>(QStringLiteral("m_loaded_plusins_popup_button"));
+        auto* menu =
+            window()->findChild<QComboBox*>(QStringLiteral("m_loaded_plusins_popup_button"));
         const int sample = menu->findText(QStringLiteral("sample_python.py"));
         QVERIFY(sample >= 0);
         menu->setCurrentIndex(sample);
         emit menu->activated(sample);
-        window()->findChild<QLineEdit*>(QStringLiteral("m_hyoki_text_field"))
+        window()
+            ->findChild<QLineEdit*>(QStringLiteral("m_hyoki_text_field"))
             ->setText(QStringLiteral("変換"));
         controller().run_debug();
         QStatusBar* status = window()->statusBar();
@@ -294,10 +296,9 @@ private slots:
                  qPrintable(summary));
         if (const QByteArray folder = qgetenv("QIRO_SCREENSHOT_DIR"); !folder.isEmpty()) {
             QTest::qWait(200);
-            QVERIFY(window()->grab().save(QString::fromLocal8Bit(folder) +
-                                          QStringLiteral("/first-window-") +
-                                          QString::fromLatin1(qgetenv("QIRO_TEST_LANGUAGE")) +
-                                          QStringLiteral(".png")));
+            QVERIFY(window()->grab().save(
+                QString::fromLocal8Bit(folder) + QStringLiteral("/first-window-") +
+                QString::fromLatin1(qgetenv("QIRO_TEST_LANGUAGE")) + QStringLiteral(".png")));
         }
     }
 

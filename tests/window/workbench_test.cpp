@@ -239,11 +239,13 @@ private slots:
         QVERIFY(finding->text(0).startsWith(QStringLiteral("The run was stopped after")));
         QVERIFY(finding->toolTip(0).contains(QStringLiteral("on error")));
         // History says the run was stopped, after as long as the label and the finding say.
-        const QString seconds = find<QLabel>("m_elapsed_label")->text().section(QLatin1Char(' '), 0, 0);
+        const QString seconds =
+            find<QLabel>("m_elapsed_label")->text().section(QLatin1Char(' '), 0, 0);
         QVERIFY(finding->text(0).contains(seconds));
         const QString recorded = find<QListWidget>("m_history_list")->item(0)->text();
-        QVERIFY2(recorded.endsWith(QStringLiteral(": stopped after ") + seconds + QStringLiteral(" s")),
-                 qPrintable(recorded));
+        QVERIFY2(
+            recorded.endsWith(QStringLiteral(": stopped after ") + seconds + QStringLiteral(" s")),
+            qPrintable(recorded));
         QTRY_COMPARE(reading()->text(), QStringLiteral("y"));
         QVERIFY(m_alerts.isEmpty());
     }
@@ -554,13 +556,14 @@ private slots:
     }
 
     void stop_ends_running_cases_as_stopped_and_leaves_nothing_behind() {
-        write("slow.py", "import os, time\n"
-                         "def qiro_plugin_run_process(request):\n"
-                         "    path = os.environ['HOME'] + '/slow.' + request['composition_string']\n"
-                         "    with open(path, 'w') as f:\n"
-                         "        f.write(str(os.getpid()))\n"
-                         "    time.sleep(60)\n"
-                         "    return {'candidate': []}\n");
+        write("slow.py",
+              "import os, time\n"
+              "def qiro_plugin_run_process(request):\n"
+              "    path = os.environ['HOME'] + '/slow.' + request['composition_string']\n"
+              "    with open(path, 'w') as f:\n"
+              "        f.write(str(os.getpid()))\n"
+              "    time.sleep(60)\n"
+              "    return {'candidate': []}\n");
         write("slow.cases.json", R"({"cases": [{"name": "one", "written_form": "a"},
                                                {"name": "two", "written_form": "b"},
                                                {"name": "three", "written_form": "c"}]})");
@@ -627,9 +630,9 @@ private slots:
             return a_dir.path() + QLatin1Char('/');
         };
         // The last five, the most recent first.
-        QCOMPARE(shown(), (QStringList{slashed(*folders[5]), slashed(*folders[4]),
-                                       slashed(*folders[3]), slashed(*folders[2]),
-                                       slashed(*folders[1])}));
+        QCOMPARE(shown(),
+                 (QStringList{slashed(*folders[5]), slashed(*folders[4]), slashed(*folders[3]),
+                              slashed(*folders[2]), slashed(*folders[1])}));
         QVERIFY(recent->actions().front()->text().startsWith(QStringLiteral("&1 ")));
         // Opened again, a folder moves to the top once; a folder gone is shown disabled.
         m_bench->open_folder(folders[3]->path());
