@@ -99,8 +99,13 @@ TEST_F(cli_test_coverage, fail_under_fails_a_plugin_below_the_percentage_only) {
     const auto above =
         sandbox.run({"test", "--coverage=" + report.string(), "--fail-under", "81.8", plugin});
     EXPECT_EQ(above.status, 0) << above.err;
-    // The threshold means nothing without coverage.
+    // The threshold means nothing without coverage; the fast mode would miss what runs while
+    // the plug-in loads, so it is refused before any case runs.
     EXPECT_EQ(sandbox.run({"test", "--fail-under", "50", plugin}).status, 2);
+    const auto fast = sandbox.run({"test", "--fast", "--coverage=" + report.string(), plugin});
+    EXPECT_EQ(fast.status, 2);
+    EXPECT_THAT(fast.err, HasSubstr("--fast and --coverage do not combine"));
+    EXPECT_EQ(fast.out, "");
 }
 
 TEST_F(cli_test_coverage, a_confined_run_measures_the_same_lines) {
