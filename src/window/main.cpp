@@ -94,7 +94,7 @@ int main(int argc, char* argv[]) {
     auto& controller = qiro_plugin::debugger::ui_controller::getInstance();
     auto* bench = new qiro_plugin::debugger::workbench(controller);
     auto* cases = qiro_plugin::debugger::add_cases_tab(controller, *bench);
-    qiro_plugin::debugger::add_soak_tab(controller, [cases] { cases->reload(); });
+    qiro_plugin::debugger::add_soak_tab(controller, *bench, [cases] { cases->reload(); });
     bench->start(options);
     return QApplication::exec();
 }

@@ -5,6 +5,7 @@
 #include "text/string_encode.hpp"
 #include "ui_main_window.h"
 #include "window/ui_controller.hpp"
+#include "window/workbench.hpp"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -14,10 +15,12 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -148,6 +151,10 @@ void soak_tab::wait() {
 
 bool soak_tab::is_running() const {
     return p_impl->m_running != nullptr;
+}
+
+std::optional<plugin_entry> soak_tab::soaked_plugin() const {
+    return p_impl->m_plugin;
 }
 
 void soak_tab::set_corpus_file(const QString& a_path) {
@@ -321,19 +328,36 @@ QString soak_tab::save_selected_failure() {
     return {};
 }
 
-soak_tab* add_soak_tab(ui_controller& a_controller, std::function<void()> a_cases_reload) {
+soak_tab* add_soak_tab(ui_controller& a_controller, workbench& a_bench,
+                       std::function<void()> a_cases_reload) {
     auto* soak =
         new soak_tab([&a_controller] { return a_controller.menu_model().selected_plugin(); });
     const Ui::main_window& form = a_controller.form();
     form.m_result_tabs->addTab(soak, soak_tab::tr("Soak"));
-    // The input runs as the author would run it by hand: the window's own Run, in the panes.
-    QObject::connect(soak, &soak_tab::run_requested, soak,
-                     [&form](const QString& a_written_form, const QString& a_reading) {
-                         form.m_hyoki_text_field->setText(a_written_form);
-                         form.m_reading_text_field->setText(a_reading);
-                         form.m_result_tabs->setCurrentWidget(form.output_tab);
-                         form.m_run_debug_button->click();
-                     });
+    // The input runs as the author would run it by hand: the plug-in it failed with chosen in the
+    // menu, then the window's own Run, in the panes.
+    QObject::connect(
+        soak, &soak_tab::run_requested, soak,
+        [&a_controller, &a_bench, soak](const QString& a_written_form, const QString& a_reading) {
+            const auto plugin = soak->soaked_plugin();
+            const Ui::main_window& window = a_controller.form();
+            if (!plugin) {
+                return;
+            }
+            if (a_controller.menu_model().selected_plugin() != plugin) {
+                a_bench.select_plugin(QString::fromStdU16String(plugin->second));
+            }
+            if (a_controller.menu_model().selected_plugin() != plugin) {
+                a_controller.window()->statusBar()->showMessage(
+                    soak_tab::tr("%1 is no longer in the plug-in menu.")
+                        .arg(QString::fromStdU16String(plugin->second)));
+                return;
+            }
+            window.m_hyoki_text_field->setText(a_written_form);
+            window.m_reading_text_field->setText(a_reading);
+            window.m_result_tabs->setCurrentWidget(window.output_tab);
+            window.m_run_debug_button->click();
+        });
     if (a_cases_reload) {
         QObject::connect(soak, &soak_tab::case_saved, soak, std::move(a_cases_reload));
     }

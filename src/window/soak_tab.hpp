@@ -35,6 +35,8 @@ public:
     // Takes a file of forms (one per line, an optional TAB and reading) as the corpus.
     void set_corpus_file(const QString& a_path);
     bool is_running() const;
+    // The plug-in of the last soak started; none before the first.
+    std::optional<plugin_entry> soaked_plugin() const;
 
     QComboBox* corpus() const { return m_corpus; }
     QCheckBox* fast_check() const { return m_fast_check; }
@@ -83,9 +85,12 @@ private:
 };
 
 class ui_controller;
+class workbench;
 
 // Adds the Soak tab to the window's result tabs: a failure opened runs in the panes through the
-// window's own Run, and a saved case reloads a_cases_reload's tab.
-soak_tab* add_soak_tab(ui_controller& a_controller, std::function<void()> a_cases_reload);
+// window's own Run, with the soaked plug-in chosen in the menu, and a saved case reloads the
+// Cases tab (a_cases_reload).
+soak_tab* add_soak_tab(ui_controller& a_controller, workbench& a_bench,
+                       std::function<void()> a_cases_reload);
 
 } // namespace qiro_plugin::debugger

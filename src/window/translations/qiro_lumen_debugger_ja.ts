@@ -729,6 +729,10 @@
         <source>Saved as a case in %1.</source>
         <translation>%1 にケースとして保存しました。</translation>
     </message>
+    <message>
+        <source>%1 is no longer in the plug-in menu.</source>
+        <translation>%1 はもうプラグインのメニューにありません。</translation>
+    </message>
     <message numerus="yes">
         <source>%n input(s) in %1 s.</source>
         <translation>
