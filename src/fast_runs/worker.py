@@ -3,8 +3,8 @@
 #   python worker.py BRIDGE_FILE PLUGIN_ARGUMENT      (control: fd 3 in, fd 4 out)
 #
 # Loads the bridge's functions (everything but its final "main()" call) and the plug-in once,
-# then for each request forks a child that runs the bridge's own main() with the request's
-# argument list, so that each input meets a fresh copy of the loaded plug-in. What the plug-in
+# then for each request has a child forked from that state run the bridge's own main() with the
+# request's argument list, so that each input meets a fresh copy of the loaded plug-in. What the plug-in
 # printed while it loaded is written again at the start of each child's outputs, where a
 # separate run would print it. The host enforces the time-out and the output cap on the two
 # FIFOs it names per request.
@@ -13,7 +13,10 @@
 #   worker -> host  "ready" | "fallback<TAB>REASON"          once, after loading
 #   host -> worker  "run<TAB>OUT_FIFO<TAB>ERR_FIFO<TAB>FOLDER<TAB>ARG0<TAB>ARG1..."
 #   worker -> host  "pid<TAB>N", then "exit<TAB>STATUS" (128 + signal for a signal)
-# The worker serves one request at a time, so it never has more than one child.
+# The worker serves one request at a time. Each child is forked before its request arrives and
+# waits for it, so that the fork's cost overlaps the host's work on the previous run instead of
+# adding to each run; a child still takes exactly one request, from the loaded state, so the
+# worker has at most one child running and one waiting.
 
 import ast
 import atexit
@@ -87,8 +90,9 @@ def exit_code_of(error):
 
 
 def open_outputs(request):
-    # Opened by the worker before it forks, so that the host may remove the FIFOs once it
-    # knows the child; the host holds their reading ends open already, so this never blocks.
+    # Opened before the worker names the child to the host, so that the host may remove the
+    # FIFOs once it knows the child; the host holds their reading ends open already, so this
+    # never blocks.
     fds = []
     for path in request[1:3]:
         fd = os.open(path, os.O_WRONLY | os.O_NONBLOCK)
@@ -97,13 +101,23 @@ def open_outputs(request):
     return fds
 
 
-def run_child(request, outputs, start_code, namespace, control_fds):
+def read_line(fd):
+    # One line from a pipe, without its end; what came before the end of file otherwise.
+    data = b""
+    while not data.endswith(b"\n"):
+        chunk = os.read(fd, 65536)
+        if not chunk:
+            break
+        data += chunk
+    return data.rstrip(b"\n")
+
+
+def run_child(request, outputs, start_code, namespace):
     folder = request[3]
-    os.setpgid(0, 0)
     out_fd, err_fd = outputs
     os.dup2(out_fd, 1)
     os.dup2(err_fd, 2)
-    for fd in (out_fd, err_fd) + control_fds:
+    for fd in (out_fd, err_fd):
         os.close(fd)
     os.chdir(folder)
     sys.argv = request[4:]
@@ -131,6 +145,52 @@ def run_child(request, outputs, start_code, namespace, control_fds):
     except BaseException:
         pass
     os._exit(code)
+
+
+def wait_for_request(request_fd, answer_fd, start_code, namespace):
+    line = read_line(request_fd)
+    os.close(request_fd)
+    if not line:
+        os._exit(0)
+    request = os.fsdecode(line).split("\t")
+    try:
+        outputs = open_outputs(request)
+    except OSError as error:
+        write_all(answer_fd, ("error\t%s\n" % error.strerror).encode("utf-8", "replace"))
+        os._exit(0)
+    # Its own group before the host learns of it, so that a time-out's kill reaches it.
+    os.setpgid(0, 0)
+    write_all(answer_fd, b"ok\n")
+    os.close(answer_fd)
+    run_child(request, outputs, start_code, namespace)
+
+
+def fork_child(start_code, namespace):
+    # A child that waits for its request: its pid, the request pipe and the answer pipe.
+    request_read, request_write = os.pipe()
+    answer_read, answer_write = os.pipe()
+    sys.stdout.flush()
+    sys.stderr.flush()
+    pid = os.fork()
+    if pid == 0:
+        try:
+            # Without the control channel, the host sees the worker's end when it ends.
+            for fd in (3, 4, request_write, answer_read):
+                os.close(fd)
+            wait_for_request(request_read, answer_write, start_code, namespace)
+        finally:
+            os._exit(1)
+    os.close(request_read)
+    os.close(answer_write)
+    return pid, request_write, answer_read
+
+
+def reap(pid):
+    while True:
+        try:
+            return os.waitpid(pid, 0)[1]
+        except InterruptedError:
+            continue
 
 
 def status_of(wait_status):
@@ -187,6 +247,21 @@ def main():
     gc.freeze()
     send(control_out, "ready")
 
+    waiting = list(fork_child(start_code, namespace))
+    try:
+        serve(control_out, start_code, namespace, waiting)
+    finally:
+        # The waiting child reads the end of its request pipe and ends.
+        pid, request_write, answer_read = waiting
+        for fd in (request_write, answer_read):
+            try:
+                os.close(fd)
+            except OSError:
+                pass
+        reap(pid)
+
+
+def serve(control_out, start_code, namespace, waiting):
     buffered = b""
     while True:
         while b"\n" not in buffered:
@@ -199,29 +274,23 @@ def main():
         if len(request) < 5 or request[0] != "run":
             send(control_out, "error\tbad request")
             continue
+        pid, request_write, answer_read = waiting
         try:
-            outputs = open_outputs(request)
-        except OSError as error:
-            send(control_out, "error\t%s" % error.strerror)
+            write_all(request_write, line + b"\n")
+        except OSError:
+            pass
+        answer = read_line(answer_read)
+        os.close(request_write)
+        os.close(answer_read)
+        if answer != b"ok":
+            reap(pid)
+            waiting[:] = fork_child(start_code, namespace)
+            send(control_out, os.fsdecode(answer) if answer.startswith(b"error\t")
+                 else "error\tthe child ended before its run")
             continue
-        sys.stdout.flush()
-        sys.stderr.flush()
-        pid = os.fork()
-        if pid == 0:
-            try:
-                run_child(request, outputs, start_code, namespace, (3, 4))
-            finally:
-                os._exit(1)
-        for fd in outputs:
-            os.close(fd)
         send(control_out, "pid\t%d" % pid)
-        while True:
-            try:
-                _, wait_status = os.waitpid(pid, 0)
-                break
-            except InterruptedError:
-                continue
-        send(control_out, "exit\t%d" % status_of(wait_status))
-
+        # The next child is forked while this one runs.
+        waiting[:] = fork_child(start_code, namespace)
+        send(control_out, "exit\t%d" % status_of(reap(pid)))
 
 main()

@@ -436,7 +436,8 @@ bool soak_failed(const soak_report& a_report) {
     return !a_report.failures.empty() || !a_report.differing.empty();
 }
 
-std::string save_failure_cases(const soak_report& a_report, const std::string& a_cases_path) {
+std::string save_failure_cases(const soak_report& a_report, const std::string& a_cases_path,
+                               std::optional<std::size_t> a_only) {
     namespace fs = std::filesystem;
     nlohmann::ordered_json document = {{"cases", nlohmann::ordered_json::array()}};
     std::error_code error;
@@ -457,7 +458,11 @@ std::string save_failure_cases(const soak_report& a_report, const std::string& a
             return a_item.is_object() && a_item.value("name", std::string()) == a_name;
         });
     };
-    for (const auto& failure : a_report.failures) {
+    for (std::size_t index = 0; index < a_report.failures.size(); ++index) {
+        if (a_only && *a_only != index) {
+            continue;
+        }
+        const auto& failure = a_report.failures[index];
         const auto& input = a_report.inputs[failure.shortest];
         const std::string base = "soak " + failure.code;
         std::string name = base;

@@ -81,7 +81,9 @@ std::vector<std::size_t> slowest_inputs(const soak_report& a_report, std::size_t
 bool soak_failed(const soak_report& a_report);
 
 // Appends one case per distinct failure (its shortest input, no expectation beyond a run free
-// of errors, so it fails until the plug-in is fixed). An error text, or empty.
-std::string save_failure_cases(const soak_report& a_report, const std::string& a_cases_path);
+// of errors, so it fails until the plug-in is fixed); a_only, the failure of that index alone.
+// An error text, or empty.
+std::string save_failure_cases(const soak_report& a_report, const std::string& a_cases_path,
+                               std::optional<std::size_t> a_only = std::nullopt);
 
 } // namespace qiro_plugin::soak

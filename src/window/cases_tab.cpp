@@ -28,6 +28,7 @@
 
 #include <atomic>
 #include <map>
+#include <utility>
 
 namespace qiro_plugin::debugger {
 
@@ -74,6 +75,9 @@ struct cases_tab::impl {
     // What the last run with coverage reached of the plug-in.
     std::optional<coverage::file_coverage> m_coverage;
     std::unique_ptr<QTemporaryDir> m_report_folder;
+    // genhtml while it makes the report, and whether the report opens once made.
+    QProcess* m_genhtml = nullptr;
+    bool m_open_when_made = false;
 };
 
 cases_tab::cases_tab(plugin_source a_selected, QWidget* a_parent)
@@ -134,7 +138,14 @@ cases_tab::cases_tab(plugin_source a_selected, QWidget* a_parent)
     reload();
 }
 
-cases_tab::~cases_tab() = default;
+cases_tab::~cases_tab() {
+    // Ended before its folder goes, so that it writes nothing there afterwards.
+    if (auto* genhtml = p_impl->m_genhtml) {
+        genhtml->disconnect(this);
+        genhtml->kill();
+        genhtml->waitForFinished(5000);
+    }
+}
 
 void cases_tab::reload() {
     if (p_impl->m_running) {
@@ -338,9 +349,13 @@ void cases_tab::open_first_line_not_reached() {
     QDesktopServices::openUrl(QUrl::fromLocalFile(from_utf8(file)));
 }
 
-QString cases_tab::write_html_report() {
+void cases_tab::make_html_report() {
+    if (p_impl->m_genhtml != nullptr) {
+        return;
+    }
     if (!p_impl->m_coverage) {
-        return {};
+        html_report_done({}, tr("No coverage: see the cases' results."));
+        return;
     }
     if (!p_impl->m_report_folder) {
         p_impl->m_report_folder = std::make_unique<QTemporaryDir>();
@@ -350,37 +365,56 @@ QString cases_tab::write_html_report() {
     QFile file(tracefile);
     const std::string text = coverage::lcov_tracefile({*p_impl->m_coverage});
     if (!p_impl->m_report_folder->isValid() || !file.open(QIODevice::WriteOnly) ||
-        file.write(text.data(), static_cast<qint64>(text.size())) !=
-            static_cast<qint64>(text.size())) {
-        m_status->setText(tr("The coverage report could not be written."));
-        return {};
+        file.write(text.data(), static_cast<qsizetype>(text.size())) !=
+            static_cast<qsizetype>(text.size())) {
+        html_report_done({}, tr("The coverage report could not be written."));
+        return;
     }
     file.close();
     QDir(folder + QStringLiteral("/html")).removeRecursively();
-    QProcess genhtml;
-    genhtml.setProcessChannelMode(QProcess::MergedChannels);
-    genhtml.start(QStringLiteral("genhtml"),
-                  {QStringLiteral("--branch-coverage"), QStringLiteral("--quiet"),
-                   QStringLiteral("--output-directory"), folder + QStringLiteral("/html"),
-                   tracefile});
-    if (!genhtml.waitForStarted()) {
-        m_status->setText(tr("genhtml is missing: install the Debian package lcov."));
-        return {};
+    auto* genhtml = new QProcess(this);
+    p_impl->m_genhtml = genhtml;
+    m_open_report_button->setEnabled(false);
+    m_status->setText(tr("Making the HTML report…"));
+    genhtml->setProcessChannelMode(QProcess::MergedChannels);
+    connect(genhtml, &QProcess::errorOccurred, this, [this](QProcess::ProcessError a_error) {
+        if (a_error == QProcess::FailedToStart) {
+            html_report_done({}, tr("genhtml is missing: install the Debian package lcov."));
+        }
+    });
+    connect(genhtml, &QProcess::finished, this,
+            [this, genhtml, folder](int a_code, QProcess::ExitStatus a_status) {
+                if (a_status == QProcess::NormalExit && a_code == 0) {
+                    html_report_done(folder + QStringLiteral("/html/index.html"), {});
+                } else {
+                    html_report_done({}, tr("genhtml failed: %1")
+                                             .arg(QString::fromLocal8Bit(genhtml->readAll())
+                                                      .trimmed()));
+                }
+            });
+    genhtml->start(QStringLiteral("genhtml"),
+                   {QStringLiteral("--branch-coverage"), QStringLiteral("--quiet"),
+                    QStringLiteral("--output-directory"), folder + QStringLiteral("/html"),
+                    tracefile});
+}
+
+void cases_tab::html_report_done(const QString& a_index, const QString& a_status) {
+    if (auto* genhtml = std::exchange(p_impl->m_genhtml, nullptr)) {
+        genhtml->disconnect(this);
+        genhtml->deleteLater();
     }
-    if (!genhtml.waitForFinished(120000) || genhtml.exitCode() != 0) {
-        genhtml.kill();
-        m_status->setText(
-            tr("genhtml failed: %1").arg(QString::fromLocal8Bit(genhtml.readAll()).trimmed()));
-        return {};
+    m_status->setText(a_status);
+    m_open_report_button->setEnabled(p_impl->m_coverage.has_value());
+    const bool open = std::exchange(p_impl->m_open_when_made, false);
+    emit html_report_made(a_index);
+    if (open && !a_index.isEmpty()) {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(a_index));
     }
-    return folder + QStringLiteral("/html/index.html");
 }
 
 void cases_tab::open_html_report() {
-    const QString index = write_html_report();
-    if (!index.isEmpty()) {
-        QDesktopServices::openUrl(QUrl::fromLocalFile(index));
-    }
+    p_impl->m_open_when_made = true;
+    make_html_report();
 }
 
 void cases_tab::show_detail() {

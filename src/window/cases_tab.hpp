@@ -45,10 +45,9 @@ public:
     // The first line of the plug-in that no case of the last run with coverage reached; 0 when
     // every line was reached or nothing was measured.
     unsigned first_line_not_reached() const;
-    // Writes the last run's tracefile and makes its HTML report with genhtml in a folder of
-    // this tab's own (removed with it): the report's index.html, or empty with the reason in
-    // the status line.
-    QString write_html_report();
+    // Writes the last run's tracefile and starts genhtml on it in a folder of this tab's own
+    // (removed with it); the window stays live while it works. html_report_made follows.
+    void make_html_report();
 
 public slots:
     // Reads the selected plug-in's cases file again; every case shows as not run.
@@ -57,7 +56,7 @@ public slots:
     void run_selected();
     // Opens the plug-in in the editor at first_line_not_reached().
     void open_first_line_not_reached();
-    // Opens write_html_report()'s index.html in the desktop's browser.
+    // Makes the HTML report and opens its index.html in the desktop's browser once made.
     void open_html_report();
     // Ends the cases running now (their processes and bridge files go) and starts no other;
     // they show as stopped, not failed.
@@ -67,11 +66,14 @@ signals:
     void cases_finished(int a_passed, int a_failed);
     // Cases began or ended running.
     void running_changed(bool a_running);
+    // The report's index.html, or empty when it could not be made (the status line says why).
+    void html_report_made(const QString& a_index);
 
 private:
     void run(const std::vector<std::size_t>& a_indexes);
     void show_detail();
     void show_coverage(const coverage_collection& a_measured);
+    void html_report_done(const QString& a_index, const QString& a_status);
 
     struct impl;
     std::unique_ptr<impl> p_impl;

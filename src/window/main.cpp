@@ -1,6 +1,8 @@
 #include "build_version.hpp"
 #include "platform/termination_signals.hpp"
+#include "window/cases_tab.hpp"
 #include "window/history_cases.hpp"
+#include "window/soak_tab.hpp"
 #include "window/ui_controller.hpp"
 #include "window/window_translations.hpp"
 #include "window/workbench.hpp"
@@ -91,7 +93,8 @@ int main(int argc, char* argv[]) {
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/qiro-lumen-debugger.svg")));
     auto& controller = qiro_plugin::debugger::ui_controller::getInstance();
     auto* bench = new qiro_plugin::debugger::workbench(controller);
-    qiro_plugin::debugger::add_cases_tab(controller, *bench);
+    auto* cases = qiro_plugin::debugger::add_cases_tab(controller, *bench);
+    qiro_plugin::debugger::add_soak_tab(controller, *bench, [cases] { cases->reload(); });
     bench->start(options);
     return QApplication::exec();
 }

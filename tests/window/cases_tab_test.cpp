@@ -9,10 +9,12 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTreeWidget>
 #include <QtTest>
 
+#include <algorithm>
 #include <fstream>
 
 using namespace qiro_plugin;
@@ -114,9 +116,23 @@ private slots:
                      QLatin1Char('\n'));
         qunsetenv("VISUAL");
 
+        // The report is made beside the window, which stays live: nothing is made by the time
+        // the call returns, and a missing genhtml is named with its package.
+        QSignalSpy made(&tab, &debugger::cases_tab::html_report_made);
+        qputenv("PATH", home.path().toUtf8());
+        tab.make_html_report();
+        QTRY_COMPARE(made.count(), 1);
+        QCOMPARE(made.takeFirst().at(0).toString(), QString());
+        const auto labels = tab.findChildren<QLabel*>();
+        QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel* a_label) {
+            return a_label->text().contains(QStringLiteral("lcov"));
+        }));
         if (QFile::exists(QStringLiteral("/usr/bin/genhtml"))) {
-            const QString index = tab.write_html_report();
-            QVERIFY(QFile::exists(index));
+            qputenv("PATH", "/usr/bin:/bin");
+            tab.make_html_report();
+            QCOMPARE(made.count(), 0);
+            QTRY_COMPARE_WITH_TIMEOUT(made.count(), 1, 120000);
+            QVERIFY(QFile::exists(made.takeFirst().at(0).toString()));
         }
     }
 };

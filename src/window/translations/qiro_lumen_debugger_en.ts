@@ -48,4 +48,21 @@
             </translation>
         </message>
     </context>
+    <context>
+        <name>qiro_plugin::debugger::soak_tab</name>
+        <message numerus="yes">
+            <source>%n input(s) in %1 s.</source>
+            <translation>
+                <numerusform>%n input in %1 s.</numerusform>
+                <numerusform>%n inputs in %1 s.</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%n fast run(s) differ from their faithful runs.</source>
+            <translation>
+                <numerusform>%n fast run differs from its faithful run.</numerusform>
+                <numerusform>%n fast runs differ from their faithful runs.</numerusform>
+            </translation>
+        </message>
+    </context>
 </TS>

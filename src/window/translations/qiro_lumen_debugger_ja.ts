@@ -814,4 +814,123 @@ Standard error:
         </translation>
     </message>
 </context>
+<context>
+    <name>qiro_plugin::debugger::soak_tab</name>
+    <message>
+        <source>edge (built in)</source>
+        <translation>edge（組み込み）</translation>
+    </message>
+    <message>
+        <source>skk (SKK-JISYO.L)</source>
+        <translation>skk（SKK-JISYO.L）</translation>
+    </message>
+    <message>
+        <source>File…</source>
+        <translation>ファイル…</translation>
+    </message>
+    <message>
+        <source>The written forms to run: edge cases that once broke real programs, every written form of the SKK dictionary, or a file of one form per line (an optional TAB and reading).</source>
+        <translation>実行する表記: 実際のプログラムを壊したことのある境界の例、SKK 辞書のすべての表記、または 1 行に 1 表記のファイル（TAB の後に読みを書けます）。</translation>
+    </message>
+    <message>
+        <source>all</source>
+        <translation>すべて</translation>
+    </message>
+    <message>
+        <source>Limit: </source>
+        <translation>上限: </translation>
+    </message>
+    <message>
+        <source>Run a sample of this many inputs, the same each time.</source>
+        <translation>この数の入力を標本として実行します（毎回同じ標本です）。</translation>
+    </message>
+    <message>
+        <source>Fast</source>
+        <translation>高速</translation>
+    </message>
+    <message>
+        <source>Load the plug-in once and fork each input's run from it; a sample and every failure run again faithfully.</source>
+        <translation>プラグインを一度だけ読み込み、入力ごとにそこから fork して実行します。一部の標本とすべての失敗は忠実な実行でもう一度確かめます。</translation>
+    </message>
+    <message>
+        <source>Soak</source>
+        <translation>ソーク</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>停止</translation>
+    </message>
+    <message>
+        <source>Failure</source>
+        <translation>失敗</translation>
+    </message>
+    <message>
+        <source>Inputs</source>
+        <translation>入力数</translation>
+    </message>
+    <message>
+        <source>Shortest input</source>
+        <translation>最短の入力</translation>
+    </message>
+    <message>
+        <source>Message</source>
+        <translation>メッセージ</translation>
+    </message>
+    <message>
+        <source>Open as Run</source>
+        <translation>実行として開く</translation>
+    </message>
+    <message>
+        <source>Save as Case</source>
+        <translation>ケースとして保存</translation>
+    </message>
+    <message>
+        <source>Corpus of Written Forms</source>
+        <translation>表記のコーパス</translation>
+    </message>
+    <message>
+        <source>Choose a corpus first.</source>
+        <translation>先にコーパスを選んでください。</translation>
+    </message>
+    <message>
+        <source>Choose a plug-in first.</source>
+        <translation>先にプラグインを選んでください。</translation>
+    </message>
+    <message>
+        <source>Soaking %1…</source>
+        <translation>%1 をソーク中…</translation>
+    </message>
+    <message>
+        <source>Stopped after %1 of %2 inputs.</source>
+        <translation>%2 件中 %1 件の入力の後で停止しました。</translation>
+    </message>
+    <message>
+        <source>Fast mode off, ran faithfully: %1</source>
+        <translation>高速モードを使わず忠実に実行しました: %1</translation>
+    </message>
+    <message>
+        <source>Choose a failure first.</source>
+        <translation>先に失敗を選んでください。</translation>
+    </message>
+    <message>
+        <source>Saved as a case in %1.</source>
+        <translation>%1 にケースとして保存しました。</translation>
+    </message>
+    <message>
+        <source>%1 is no longer in the plug-in menu.</source>
+        <translation>%1 はもうプラグインのメニューにありません。</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n input(s) in %1 s.</source>
+        <translation>
+            <numerusform>%n 件の入力を %1 秒で実行しました。</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n fast run(s) differ from their faithful runs.</source>
+        <translation>
+            <numerusform>%n 件の高速実行が忠実な実行と異なります。</numerusform>
+        </translation>
+    </message>
+</context>
 </TS>

@@ -12,10 +12,19 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 
-// What a tracefile says of one file.
+// What a tracefile says of one file: the count of each DA line, and "LF LH BRF BRH".
 struct traced_file {
-    std::vector<unsigned> not_reached; // the DA lines with a count of 0
-    std::string totals;                // "LF LH BRF BRH"
+    std::map<unsigned, unsigned long> hits;
+    std::string totals;
+    std::vector<unsigned> not_reached() const {
+        std::vector<unsigned> lines;
+        for (const auto& [line, count] : hits) {
+            if (count == 0) {
+                lines.push_back(line);
+            }
+        }
+        return lines;
+    }
 };
 
 std::map<std::string, traced_file> read_tracefile(const std::string& a_text) {
@@ -28,9 +37,10 @@ std::map<std::string, traced_file> read_tracefile(const std::string& a_text) {
         const std::string value = line.substr(line.find(':') + 1);
         if (key == "SF") {
             file = &files[fs::path(value).filename().string()];
-        } else if (file != nullptr && key == "DA" && value.ends_with(",0")) {
-            file->not_reached.push_back(static_cast<unsigned>(std::stoul(value)));
-        } else if (key == "LF" || key == "LH" || key == "BRF" || key == "BRH") {
+        } else if (file != nullptr && key == "DA") {
+            file->hits[static_cast<unsigned>(std::stoul(value))] =
+                std::stoul(value.substr(value.find(',') + 1));
+        } else if (file != nullptr && (key == "LF" || key == "LH" || key == "BRF" || key == "BRH")) {
             totals[key] = value;
         } else if (file != nullptr && key == "end_of_record") {
             file->totals =
@@ -69,10 +79,14 @@ TEST_F(cli_test_coverage, the_tracefile_names_exactly_the_branch_no_case_takes_i
 
     const auto traced = read_tracefile(test_support::read_file(report / "lcov.info"));
     ASSERT_EQ(traced.size(), 3U) << test_support::read_file(report / "lcov.info");
-    // The fixtures' first lines name the lines of the branch no case takes.
-    EXPECT_EQ(traced.at("branchy_python.py").not_reached, (std::vector<unsigned>{8, 9}));
-    EXPECT_EQ(traced.at("branchy_ruby.rb").not_reached, (std::vector<unsigned>{8, 9}));
-    EXPECT_EQ(traced.at("branchy_perl.pl").not_reached, (std::vector<unsigned>{9, 10}));
+    // The fixtures' first lines name the lines of the branch no case takes; the line both cases
+    // reach counts both (for Python: in how many cases it ran).
+    EXPECT_EQ(traced.at("branchy_python.py").not_reached(), (std::vector<unsigned>{8, 9}));
+    EXPECT_EQ(traced.at("branchy_ruby.rb").not_reached(), (std::vector<unsigned>{8, 9}));
+    EXPECT_EQ(traced.at("branchy_perl.pl").not_reached(), (std::vector<unsigned>{9, 10}));
+    EXPECT_EQ(traced.at("branchy_python.py").hits.at(6), 2U);
+    EXPECT_EQ(traced.at("branchy_ruby.rb").hits.at(6), 2U);
+    EXPECT_EQ(traced.at("branchy_perl.pl").hits.at(7), 2U);
     EXPECT_EQ(traced.at("branchy_python.py").totals, "9 7 2 1");
     EXPECT_EQ(traced.at("branchy_ruby.rb").totals, "11 9 2 1");
     EXPECT_EQ(traced.at("branchy_perl.pl").totals, "9 7 2 1");
@@ -88,6 +102,17 @@ TEST_F(cli_test_coverage, the_tracefile_names_exactly_the_branch_no_case_takes_i
     EXPECT_EQ(html.status, 0) << html.err;
     EXPECT_EQ(html.err, "");
     EXPECT_TRUE(fs::exists(report / "html" / "index.html"));
+
+    // Confined, the runs measure the same lines, and nothing of their private folders is left.
+    const auto confined = sandbox.run({"test", "--sandbox", "--coverage=" + (report / "confined").string(),
+                                       "-j", "2", folder.string()});
+    ASSERT_EQ(confined.status, 0) << confined.out << confined.err;
+    EXPECT_EQ(test_support::read_file(report / "confined" / "lcov.info"),
+              test_support::read_file(report / "lcov.info"));
+    for (const auto& name :
+         test_support::names_in(sandbox.home() / "Library/Preferences/QIRO Lumen")) {
+        EXPECT_EQ(name.find("coverage"), std::string::npos) << name;
+    }
 }
 
 TEST_F(cli_test_coverage, fail_under_fails_a_plugin_below_the_percentage_only) {
@@ -99,23 +124,13 @@ TEST_F(cli_test_coverage, fail_under_fails_a_plugin_below_the_percentage_only) {
     const auto above =
         sandbox.run({"test", "--coverage=" + report.string(), "--fail-under", "81.8", plugin});
     EXPECT_EQ(above.status, 0) << above.err;
-    // The threshold means nothing without coverage.
+    // The threshold means nothing without coverage; the fast mode would miss what runs while
+    // the plug-in loads, so it is refused before any case runs.
     EXPECT_EQ(sandbox.run({"test", "--fail-under", "50", plugin}).status, 2);
-}
-
-TEST_F(cli_test_coverage, a_confined_run_measures_the_same_lines) {
-    const std::string plugin = (folder / "branchy_python.py").string();
-    ASSERT_EQ(sandbox.run({"test", "--coverage=" + report.string(), plugin}).status, 0);
-    const auto confined = sandbox.run(
-        {"test", "--sandbox", "--coverage=" + (report / "confined").string(), "-j", "2", plugin});
-    ASSERT_EQ(confined.status, 0) << confined.out << confined.err;
-    EXPECT_EQ(test_support::read_file(report / "confined" / "lcov.info"),
-              test_support::read_file(report / "lcov.info"));
-    // Nothing of the runs' private folders is left in the data folder.
-    for (const auto& name :
-         test_support::names_in(sandbox.home() / "Library/Preferences/QIRO Lumen")) {
-        EXPECT_EQ(name.find("coverage"), std::string::npos) << name;
-    }
+    const auto fast = sandbox.run({"test", "--fast", "--coverage=" + report.string(), plugin});
+    EXPECT_EQ(fast.status, 2);
+    EXPECT_THAT(fast.err, HasSubstr("--fast and --coverage do not combine"));
+    EXPECT_EQ(fast.out, "");
 }
 
 } // namespace
