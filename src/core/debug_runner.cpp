@@ -1,5 +1,6 @@
 #include "core/debug_runner.hpp"
 
+#include "core/live_std_error.hpp"
 #include "core/localized_texts.hpp"
 #include "core/request_filling.hpp"
 #include "core/run_sandbox.hpp"
@@ -7,6 +8,7 @@
 #include "platform/data_folder.hpp"
 #include "platform/file_path.hpp"
 #include "platform/sandbox_availability.hpp"
+#include "platform/std_error_watch.hpp"
 #include "probes/probe_runner.hpp"
 #include "runtime/bridge_values.hpp"
 #include "runtime/plugin_instance_script.hpp"
@@ -16,6 +18,7 @@
 #include <chrono>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <variant>
 
 namespace qiro_plugin::debugger {
@@ -147,6 +150,10 @@ struct debug_runner::impl {
             entry_started = true;
             {
                 const utility::command_environment_scope joined(std::move(environment));
+                // An author watching a slow plug-in sees its progress before the panes fill.
+                const utility::std_error_watch_scope live([this](std::string_view a_so_far) {
+                    m_sink.show_std_error_so_far(std_error_tail(a_so_far));
+                });
                 run_entry(a_request, *instance, message, *quit_flag, probe_values);
             }
             report.run_ms = milliseconds_since(run_started);
@@ -162,12 +169,18 @@ struct debug_runner::impl {
             }
 
             if (script) {
-                // The streams move into the report; the diagnosis borrows them from there.
                 evidence.run = command_evidence_of(*script, false);
-                report.run_std_output = script->release_last_std_output_string();
-                report.run_std_error = script->release_last_std_err_output_string();
-                m_sink.add_std_output_utf8(report.run_std_output);
-                m_sink.add_std_error_output_utf8(report.run_std_error);
+                // After a time-out the instance still holds the syntax check's outputs, and the
+                // panes get them a second time, as the plug-in manager's own debugger shows
+                // them. Stop is the author's choice, not a failure: the panes keep nothing of
+                // the stopped entry, and the syntax check's outputs show once.
+                if (!evidence.run.stopped) {
+                    // The streams move into the report; the diagnosis borrows them from there.
+                    report.run_std_output = script->release_last_std_output_string();
+                    report.run_std_error = script->release_last_std_err_output_string();
+                    m_sink.add_std_output_utf8(report.run_std_output);
+                    m_sink.add_std_error_output_utf8(report.run_std_error);
+                }
                 if (a_kind == entry_kind::processing) {
                     report.document_parsed = script->is_last_document_parsed();
                 }

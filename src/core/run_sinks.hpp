@@ -29,6 +29,10 @@ public:
     // The busy indicator: it keeps moving while a run blocks the calling thread.
     virtual void start_progress() = 0;
     virtual void stop_progress() = 0;
+    // While an entry runs: the last lines of what it has written on standard error so far
+    // (UTF-8, see std_error_tail), at most about ten times a second. For a progress view
+    // beside the panes, never for the panes: they get the run's outputs when it has ended.
+    virtual void show_std_error_so_far(const std::string& a_last_lines);
 };
 
 // Modal alerts, named by the key of their localized title.

@@ -6,6 +6,7 @@
 #include "platform/output_stream.hpp"
 #include "platform/running_commands.hpp"
 #include "platform/sandbox.hpp"
+#include "platform/std_error_watch.hpp"
 #include "text/string_encode.hpp"
 
 #include <atomic>
@@ -142,6 +143,8 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     detail::output_stream std_output(std_output_fd, stream_limit);
     detail::output_stream std_error(std_error_fd, stream_limit);
     const auto hook = current_wait_hook();
+    const std_error_watcher* watcher = current_std_error_watcher();
+    std::size_t watched_size = 0;
 
     // A stop ends the command as the time-out does.
     const auto stopped = [stops_before] { return detail::stop_count() != stops_before; };
@@ -169,6 +172,15 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
         // group holds them, or the group went unrecorded).
         if (!closed && stopped()) {
             return end_early(true);
+        }
+        if (watcher != nullptr && std_error.result().data.size() != watched_size) {
+            const auto& kept = std_error.result().data;
+            watched_size = kept.size();
+            try {
+                (*watcher)(std::string_view(kept.data(), kept.size()));
+            } catch (...) {
+                // Only a view of the run: its failure must not end the command.
+            }
         }
         if (hook && *hook) {
             (*hook)();

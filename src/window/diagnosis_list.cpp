@@ -1,18 +1,25 @@
 #include "window/diagnosis_list.hpp"
 
 #include "core/editor_command.hpp"
+#include "core/live_std_error.hpp"
 
 #include <QAction>
 #include <QActionGroup>
 #include <QDesktopServices>
+#include <QFontDatabase>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
+#include <QPlainTextEdit>
 #include <QProcess>
 #include <QStyle>
+#include <QTextCursor>
 #include <QTreeWidget>
 #include <QUrl>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace qiro_plugin::debugger {
 
@@ -76,13 +83,29 @@ diagnosis_list::diagnosis_list(QWidget* a_parent) : QWidget(a_parent) {
     }
     m_probe->actions().front()->setChecked(true);
 
+    // What a slow plug-in reports while it runs, in the place of the list, which is empty
+    // until the run ends; the panes get the whole of it at the end.
+    m_live = new QPlainTextEdit(this);
+    m_live->setObjectName(QStringLiteral("live_std_error"));
+    m_live->setReadOnly(true);
+    m_live->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_live->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    m_live->setMaximumBlockCount(static_cast<int>(live_std_error_lines));
+    m_live->setVisible(false);
+    m_live_label = new QLabel(tr("standard error so far, last lines"), this);
+    m_live_label->setVisible(false);
+
     auto* label = new QLabel(tr("Dia&gnosis:"), this);
     label->setBuddy(m_tree);
+    auto* heading = new QHBoxLayout;
+    heading->addWidget(label);
+    heading->addWidget(m_live_label, 1);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(2);
-    layout->addWidget(label);
+    layout->addLayout(heading);
     layout->addWidget(m_tree, 1);
+    layout->addWidget(m_live, 1);
 
     connect(m_probe, &QActionGroup::triggered, this,
             [this] { emit probe_policy_changed(policy()); });
@@ -109,6 +132,32 @@ void diagnosis_list::show_findings(const std::vector<diagnosis::finding>& a_find
             item->setData(0, line_role, finding.line ? static_cast<int>(*finding.line) : 0);
         }
     }
+    show_live_or_findings();
+}
+
+int diagnosis_list::height_for_rows(int a_rows) const {
+    const int row = std::max(m_tree->fontMetrics().lineSpacing(),
+                             style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, m_tree)) +
+                    4;
+    return layout()->itemAt(0)->sizeHint().height() + layout()->spacing() +
+           m_tree->header()->sizeHint().height() + a_rows * row + 2 * m_tree->frameWidth();
+}
+
+void diagnosis_list::show_live_std_error(const QString& a_last_lines) {
+    if (a_last_lines != m_live->toPlainText()) {
+        m_live->setPlainText(a_last_lines);
+        m_live->moveCursor(QTextCursor::End);
+    }
+    show_live_or_findings();
+}
+
+// The findings, once there are any, matter more than the last lines; the stopped run's
+// finding tells what it wrote.
+void diagnosis_list::show_live_or_findings() {
+    const bool live = !m_live->document()->isEmpty() && m_tree->topLevelItemCount() == 0;
+    m_live->setVisible(live);
+    m_live_label->setVisible(live);
+    m_tree->setVisible(!live);
 }
 
 void diagnosis_list::open_place(QTreeWidgetItem* a_item) {

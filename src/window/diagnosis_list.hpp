@@ -10,7 +10,9 @@
 #include <vector>
 
 class QActionGroup;
+class QLabel;
 class QMenu;
+class QPlainTextEdit;
 class QTreeWidget;
 class QTreeWidgetItem;
 
@@ -24,6 +26,12 @@ public:
 
     // Replaces the list; the hint of each finding is its tooltip.
     void show_findings(const std::vector<diagnosis::finding>& a_findings);
+    // The last lines the running entry wrote on standard error, shown while the list is empty;
+    // they stay after the run until the next one starts. Empty hides them.
+    void show_live_std_error(const QString& a_last_lines);
+    QPlainTextEdit* live_std_error() const { return m_live; }
+    // The height that shows the heading and a_rows findings of one line.
+    int height_for_rows(int a_rows) const;
     probe_policy policy() const;
     QTreeWidget* tree() const { return m_tree; }
     // When to probe, one checkable item per policy; the window puts it into its Run menu.
@@ -34,8 +42,11 @@ signals:
 
 private:
     void open_place(QTreeWidgetItem* a_item);
+    void show_live_or_findings();
 
     QTreeWidget* m_tree = nullptr;
+    QLabel* m_live_label = nullptr;
+    QPlainTextEdit* m_live = nullptr;
     QMenu* m_probe_menu = nullptr;
     QActionGroup* m_probe = nullptr;
 };

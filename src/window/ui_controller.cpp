@@ -243,6 +243,7 @@ void ui_controller::forget_shown_run() {
     p_impl->m_shown_plugin.reset();
     m_self_window->statusBar()->clearMessage();
     m_diagnosis_list->show_findings({});
+    m_diagnosis_list->show_live_std_error({});
 }
 
 void ui_controller::forget_other_plugins_run() {
@@ -323,6 +324,7 @@ void ui_controller::start_progress() {
     // Nothing of the previous run stays on show as if it were this one's.
     m_self_window->statusBar()->clearMessage();
     m_diagnosis_list->show_findings({});
+    m_diagnosis_list->show_live_std_error({});
     m_progress->setRange(0, 0);
     m_progress_label->setVisible(true);
     m_progress->setVisible(true);
@@ -335,6 +337,10 @@ void ui_controller::stop_progress() {
     m_progress->setVisible(false);
     m_progress_label->setVisible(false);
     emit busy_changed(false);
+}
+
+void ui_controller::show_std_error_so_far(const std::string& a_last_lines) {
+    m_diagnosis_list->show_live_std_error(QString::fromStdString(a_last_lines));
 }
 
 void ui_controller::show_alert(const std::string& a_key) {

@@ -83,6 +83,7 @@ private:
     void show_run_summary(const run_report& a_report, const QString& a_file_name);
     void start_progress() override;
     void stop_progress() override;
+    void show_std_error_so_far(const std::string& a_last_lines) override;
     void show_alert(const std::string& a_key) override;
 
     struct impl;

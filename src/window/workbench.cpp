@@ -84,6 +84,9 @@ QSize first_window_size(const QWidget& a_window) {
     return size.expandedTo(a_window.minimumSize()).boundedTo(a_window.maximumSize());
 }
 
+// How many findings the diagnosis list shows at the first start.
+constexpr int first_diagnosis_rows = 3;
+
 } // namespace
 
 struct workbench::impl {
@@ -326,14 +329,16 @@ void workbench::start(const start_options& a_options) {
     } else {
         d.m_window->resize(first_window_size(*d.m_window));
     }
-    d.m_main_splitter->restoreState(state.main_splitter);
-    d.m_pane_splitter->restoreState(state.pane_splitter);
+    const bool main_restored = d.m_main_splitter->restoreState(state.main_splitter);
+    const bool panes_restored = d.m_pane_splitter->restoreState(state.pane_splitter);
     d.m_tabs->setCurrentIndex(a_options.run_file ? 0 : state.tab);
     d.m_menus.run_on_save->setChecked(state.run_on_save);
     d.m_written_form->setText(a_options.run_file ? a_options.run_written_form : state.written_form);
     d.m_reading->setText(a_options.run_file ? QString() : state.reading);
     d.m_watch->watch_folder(folder_path());
     d.m_window->show();
+    // The sizes the user dragged to come back; until then the output panes get the room.
+    give_first_splitter_sizes(!main_restored, !panes_restored);
 
     const bool run = a_options.run_file.has_value();
     QTimer::singleShot(0, this, [this, file, run] {
@@ -348,6 +353,30 @@ void workbench::start(const start_options& a_options) {
             p_impl->m_controller.run_debug();
         }
     });
+}
+
+void workbench::give_first_splitter_sizes(bool a_main, bool a_panes) {
+    auto& d = *p_impl;
+    if (!a_main && !a_panes) {
+        return;
+    }
+    // The window has its first size now; its layout places the splitters before they share.
+    d.m_window->layout()->activate();
+    d.m_window->centralWidget()->layout()->activate();
+    if (a_main) {
+        // The diagnosis list a few rows high: a run's findings are few, its output is long.
+        const int total = d.m_main_splitter->height() - d.m_main_splitter->handleWidth();
+        const int diagnosis =
+            std::min(d.m_controller.diagnosis_view()->height_for_rows(first_diagnosis_rows),
+                     total / 3);
+        d.m_main_splitter->setSizes({total - diagnosis, diagnosis});
+    }
+    if (a_panes) {
+        // Standard output holds the document; standard error is mostly short.
+        d.m_tabs->widget(0)->layout()->activate();
+        const int total = d.m_pane_splitter->height() - d.m_pane_splitter->handleWidth();
+        d.m_pane_splitter->setSizes({total * 3 / 4, total - total * 3 / 4});
+    }
 }
 
 bool workbench::select_plugin(const QString& a_file_name) {

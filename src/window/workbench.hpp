@@ -79,6 +79,8 @@ private:
     void after_menu_change();
     // Puts the folder listed now first in File › Open Recent Plug-in Folder.
     void remember_folder();
+    // Sizes of the splitters whose state was not remembered, once the window has its size.
+    void give_first_splitter_sizes(bool a_main, bool a_panes);
     void update_entries();
     void show_entry_summary(diagnosis::entry_kind a_entry, const struct run_report& a_report);
     void save_pane(bool a_error_pane);

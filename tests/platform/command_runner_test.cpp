@@ -1,12 +1,15 @@
 #include "platform/command_runner.hpp"
 
 #include "platform/platform_test_support.hpp"
+#include "platform/std_error_watch.hpp"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -263,6 +266,31 @@ TEST(command_runner, a_stop_whose_kill_closed_the_streams_is_still_a_stop) {
     EXPECT_EQ(outcome.std_output, run_outcome{}.std_output);
     EXPECT_TRUE(outcome.report.timed_out && outcome.report.stopped);
     EXPECT_EQ(outcome.report.partial_std_error, "partial");
+}
+
+TEST(command_runner, a_watcher_sees_standard_error_as_it_grows_and_changes_nothing) {
+    platform_test::scratch_folder scratch;
+    const auto go_on = scratch.path() / "go_on";
+    std::vector<std::string> seen;
+    // The child waits until the watcher has seen its first line, so what the watcher gets in
+    // between does not depend on the machine's speed; the watcher's failure is its own.
+    const qiro_plugin::utility::std_error_watch_scope watch([&](std::string_view a_so_far) {
+        seen.emplace_back(a_so_far);
+        if (a_so_far == "first\n") {
+            platform_test::write_file(go_on, "");
+        }
+        throw std::runtime_error("a broken watcher");
+    });
+    const auto outcome = run("echo out; echo first >&2; while [ ! -e '" + go_on.string() +
+                             "' ]; do sleep 0.01; done; echo second >&2");
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.std_output, terminated("out\n"));
+    EXPECT_EQ(outcome.std_error, terminated("first\nsecond\n"));
+    ASSERT_FALSE(seen.empty());
+    EXPECT_EQ(seen.front(), "first\n");
+    EXPECT_EQ(seen.back(), "first\nsecond\n");
+    // Only a grown stream is shown again.
+    EXPECT_EQ(std::adjacent_find(seen.begin(), seen.end()), seen.end());
 }
 
 // Runs a command that never closes its outputs until the time-out: the outputs stay untouched,

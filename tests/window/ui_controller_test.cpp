@@ -195,9 +195,6 @@ private slots:
         QVERIFY(std_output()->isReadOnly() && std_error()->isReadOnly());
         QCOMPARE(controller().window()->maximumSize(), controller().window()->minimumSize() * 2);
         QVERIFY(!progress()->isVisible());
-        if (const QByteArray path = qgetenv("QIRO_SCREENSHOT"); !path.isEmpty()) {
-            QVERIFY(controller().window()->grab().save(QString::fromLocal8Bit(path)));
-        }
     }
 
     void the_sandbox_toggle_confines_runs_and_is_remembered() {

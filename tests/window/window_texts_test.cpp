@@ -25,6 +25,7 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QRegularExpression>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTabBar>
 #include <QTabWidget>
@@ -294,6 +295,18 @@ private slots:
         QVERIFY(summary.contains(QStringLiteral("sample_python.py")));
         QVERIFY2(status->fontMetrics().horizontalAdvance(summary) < status->width(),
                  qPrintable(summary));
+        // The output panes get the room at first: the diagnosis list is a few rows high.
+        const auto* splitter = window()->findChild<QSplitter*>(QStringLiteral("m_main_splitter"));
+        const auto* output =
+            window()->findChild<QPlainTextEdit*>(QStringLiteral("m_std_output_text_view"));
+        const int lines = output->viewport()->height() / output->fontMetrics().lineSpacing();
+        const QString sizes = QStringLiteral("window %1, splitter %2 / %3, %4 lines")
+                                  .arg(window()->height())
+                                  .arg(splitter->sizes().at(0))
+                                  .arg(splitter->sizes().at(1))
+                                  .arg(lines);
+        QVERIFY2(splitter->sizes().at(1) * 4 < splitter->sizes().at(0), qPrintable(sizes));
+        QVERIFY2(lines >= 15, qPrintable(sizes));
         if (const QByteArray folder = qgetenv("QIRO_SCREENSHOT_DIR"); !folder.isEmpty()) {
             QTest::qWait(200);
             QVERIFY(window()->grab().save(

@@ -163,7 +163,7 @@ private slots:
         QVERIFY(!m_bench->preview().comment_view()->toPlainText().contains(QStringLiteral("読み")));
 
         // Nothing a comment names is loaded, not even a local file.
-        const QString image = QStringLiteral(QIRO_SAMPLE_PLUGIN_DIR "/../docs/screenshot.png");
+        const QString image = QStringLiteral(QIRO_SAMPLE_PLUGIN_DIR "/../docs/preview.png");
         QVERIFY(QFile::exists(image));
         write("sealed.py", "def qiro_plugin_run_process(request):\n"
                            "    return {'candidate': [{'hyoki': 'x', 'comment_xhtml': "
@@ -213,27 +213,42 @@ private slots:
                              "    return {'candidate': []}\n");
         m_bench->open_folder(m_plugins.path());
         QTimer poll;
+        QElapsedTimer clock;
+        auto* live = find<QPlainTextEdit>("live_std_error");
+        bool live_seen = false;
+        QString output_before_stop;
+        QString error_before_stop;
         connect(&poll, &QTimer::timeout, this, [&] {
             if (!QFile::exists(QString::fromUtf8(hanging))) {
                 return;
             }
+            // What the entry wrote on standard error shows while it runs, apart from the panes.
+            live_seen = live->isVisible() && live->toPlainText() == QStringLiteral("on error");
+            if (!live_seen && clock.elapsed() < 20000) {
+                return;
+            }
             poll.stop();
+            output_before_stop = std_output()->exact_text();
+            error_before_stop = std_error()->exact_text();
             QVERIFY(m_bench->stopper().is_running());
             QTest::keyClicks(reading(), QStringLiteral("y")); // held until the run ends
             QCOMPARE(reading()->text(), QString());
             QTest::keyClick(window(), Qt::Key_Escape);
         });
         poll.start(20);
-        QElapsedTimer clock;
         clock.start();
         run_with(QStringLiteral("hang.py"), QStringLiteral("x"));
+        QVERIFY(live_seen);
         QVERIFY2(clock.elapsed() < 30000, "the run went on to the time-out");
         QVERIFY(!m_bench->stopper().is_running());
         QVERIFY(status().contains(QStringLiteral("hang.py was stopped.")));
         QVERIFY(find<QLabel>("m_elapsed_label")->text().endsWith(QStringLiteral("stopped")));
-        // As after a time-out: no output of the run in the panes, what standard error had
-        // until then in the diagnosis.
-        QVERIFY(!std_output()->exact_text().contains(QStringLiteral("before the stop")));
+        // The panes keep the syntax check's outputs, once, and nothing of the stopped entry;
+        // the diagnosis tells what standard error had until then.
+        QCOMPARE(std_output()->exact_text(), output_before_stop);
+        QCOMPARE(std_error()->exact_text(), error_before_stop);
+        QCOMPARE(output_before_stop.count(QStringLiteral("syntax ok")), 1);
+        QVERIFY(!live->isVisible());
         const QTreeWidgetItem* finding = controller().diagnosis_view()->tree()->topLevelItem(0);
         QVERIFY(finding != nullptr);
         QVERIFY(finding->text(0).startsWith(QStringLiteral("The run was stopped after")));

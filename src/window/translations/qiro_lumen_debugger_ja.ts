@@ -618,6 +618,10 @@
         <translation>診断(&amp;G):</translation>
     </message>
     <message>
+        <source>standard error so far, last lines</source>
+        <translation>ここまでの標準エラー出力（最後の数行）</translation>
+    </message>
+    <message>
         <source>After a &amp;Failed or Empty Run</source>
         <translation>失敗したか候補がなかった実行のあと(&amp;F)</translation>
     </message>
