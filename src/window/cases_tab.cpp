@@ -374,7 +374,7 @@ void cases_tab::make_html_report() {
     QDir(folder + QStringLiteral("/html")).removeRecursively();
     auto* genhtml = new QProcess(this);
     p_impl->m_genhtml = genhtml;
-    m_open_report_button->setEnabled(false);
+    m_open_report->setEnabled(false);
     m_status->setText(tr("Making the HTML report…"));
     genhtml->setProcessChannelMode(QProcess::MergedChannels);
     connect(genhtml, &QProcess::errorOccurred, this, [this](QProcess::ProcessError a_error) {
@@ -404,7 +404,7 @@ void cases_tab::html_report_done(const QString& a_index, const QString& a_status
         genhtml->deleteLater();
     }
     m_status->setText(a_status);
-    m_open_report_button->setEnabled(p_impl->m_coverage.has_value());
+    m_open_report->setEnabled(p_impl->m_coverage.has_value());
     const bool open = std::exchange(p_impl->m_open_when_made, false);
     emit html_report_made(a_index);
     if (open && !a_index.isEmpty()) {

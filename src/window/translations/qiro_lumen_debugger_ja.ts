@@ -668,6 +668,22 @@
 <context>
     <name>qiro_plugin::debugger::cases_tab</name>
     <message>
+        <source>Making the HTML report…</source>
+        <translation>HTML レポートを作っています…</translation>
+    </message>
+    <message>
+        <source>The coverage report could not be written.</source>
+        <translation>カバレッジレポートを書き込めませんでした。</translation>
+    </message>
+    <message>
+        <source>genhtml is missing: install the Debian package lcov.</source>
+        <translation>genhtml がありません。Debian パッケージ lcov をインストールしてください。</translation>
+    </message>
+    <message>
+        <source>genhtml failed: %1</source>
+        <translation>genhtml が失敗しました: %1</translation>
+    </message>
+    <message>
         <source>%1 passed, %2 failed</source>
         <translation>%1 件成功、%2 件失敗</translation>
     </message>
