@@ -168,17 +168,23 @@ struct debug_companion::impl {
         return port;
     }
 
-    void prepare_python(const entry_context& a_context, debug_endpoint& a_endpoint,
-                        utility::command_environment& a_environment) {
-        m_folder->write_file("sitecustomize.py", support::helper_script("python"));
-        std::string trigger;
+    // What the helper of a language with a terminal console and DAP is told: "console PORT
+    // PLUGIN" (the relay to the terminal is listening) or "dap PORT" (the port the editor uses).
+    std::string console_or_dap_trigger(const entry_context& a_context, debug_endpoint& a_endpoint) {
         if (m_options.console) {
             std::uint16_t interpreter_port = 0;
             start_console(true, interpreter_port);
-            trigger = "console " + std::to_string(interpreter_port) + " " + a_context.plugin_path;
-        } else {
-            a_endpoint.port = support::available_loopback_port(m_options.port);
-            trigger = "dap " + std::to_string(a_endpoint.port);
+            return "console " + std::to_string(interpreter_port) + " " + a_context.plugin_path;
+        }
+        a_endpoint.port = support::available_loopback_port(m_options.port);
+        return "dap " + std::to_string(a_endpoint.port);
+    }
+
+    void prepare_python(const entry_context& a_context, debug_endpoint& a_endpoint,
+                        utility::command_environment& a_environment) {
+        m_folder->write_file("sitecustomize.py", support::helper_script("python"));
+        const std::string trigger = console_or_dap_trigger(a_context, a_endpoint);
+        if (!m_options.console) {
             m_adapter_entry = std::string(adapter_mark) + "=" + m_folder->path();
             a_environment.variables.emplace_back(adapter_mark, m_folder->path());
         }
@@ -189,15 +195,7 @@ struct debug_companion::impl {
     void prepare_ruby(const entry_context& a_context, debug_endpoint& a_endpoint,
                       utility::command_environment& a_environment) {
         m_folder->write_file("qiro_lumen_debug.rb", support::helper_script("ruby"));
-        std::string trigger;
-        if (m_options.console) {
-            std::uint16_t interpreter_port = 0;
-            start_console(true, interpreter_port);
-            trigger = "console " + std::to_string(interpreter_port) + " " + a_context.plugin_path;
-        } else {
-            a_endpoint.port = support::available_loopback_port(m_options.port);
-            trigger = "dap " + std::to_string(a_endpoint.port);
-        }
+        const std::string trigger = console_or_dap_trigger(a_context, a_endpoint);
         // RUBYOPT is split at blanks, RUBYLIB is not: the folder goes on RUBYLIB.
         set_keeping_original(a_environment, "RUBYLIB", m_folder->path(), ":");
         set_keeping_original(a_environment, "RUBYOPT", "-rqiro_lumen_debug", " ");

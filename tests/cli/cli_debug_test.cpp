@@ -1,4 +1,5 @@
 #include "support/cli_process.hpp"
+#include "support/loopback_client.hpp"
 #include "support/process_scan.hpp"
 
 #include <gtest/gtest.h>
@@ -64,25 +65,8 @@ std::uint16_t free_port() {
 // Connects to the port once something listens there, and sends "c" to each console prompt
 // until the debugger hangs up.
 void continue_console_until_closed(std::uint16_t a_port) {
-    int fd = -1;
-    ASSERT_TRUE(wait_for(
-        [&] {
-            if (fd != -1) {
-                return true;
-            }
-            fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-            sockaddr_in address{};
-            address.sin_family = AF_INET;
-            address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-            address.sin_port = htons(a_port);
-            if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0) {
-                return true;
-            }
-            ::close(fd);
-            fd = -1;
-            return false;
-        },
-        60s));
+    const int fd = test_support::connect_when_listening(a_port, 60s);
+    ASSERT_NE(fd, -1);
     std::string seen;
     char chunk[4096];
     for (ssize_t got = 0; (got = ::read(fd, chunk, sizeof(chunk))) > 0;) {

@@ -3,6 +3,7 @@
 #include "core/pane_text_sink.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/data_folder.hpp"
+#include "support/loopback_client.hpp"
 #include "support/process_scan.hpp"
 #include "support/run_fakes.hpp"
 
@@ -26,22 +27,8 @@ namespace fs = std::filesystem;
 // Only a safety net: every wait below ends on something observable long before.
 constexpr auto patience = 60s;
 
-// A client socket to 127.0.0.1:port, connected once something accepts there.
 int connect_when_listening(std::uint16_t a_port) {
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (std::chrono::steady_clock::now() < deadline) {
-        const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = htons(a_port);
-        if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0) {
-            return fd;
-        }
-        ::close(fd);
-        std::this_thread::sleep_for(20ms);
-    }
-    return -1;
+    return test_support::connect_when_listening(a_port, patience);
 }
 
 // Appends what the peer sends next; false when it closed (or the safety net ran out).

@@ -50,6 +50,12 @@
 using namespace qiro_plugin;
 using namespace qiro_plugin::debugger;
 
+// Whether the process is still there and not a zombie waiting to be reaped.
+static bool process_lives(int a_pid) {
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(a_pid));
+    return stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z ");
+}
+
 class workbench_test : public QObject {
     Q_OBJECT
 
@@ -349,11 +355,7 @@ private slots:
         QVERIFY(pid_file.open(QIODevice::ReadOnly));
         const int pid = pid_file.readAll().toInt();
         QVERIFY(pid > 0);
-        const auto lives = [pid] {
-            QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-            return stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z ");
-        };
-        QTRY_VERIFY_WITH_TIMEOUT(!lives(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(!process_lives(pid), 10000);
         QVERIFY(m_alerts.isEmpty());
     }
 
@@ -613,11 +615,7 @@ private slots:
             QVERIFY(pid_file.open(QIODevice::ReadOnly));
             const int pid = pid_file.readAll().toInt();
             QVERIFY(pid > 0);
-            const auto lives = [pid] {
-                QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-                return stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z ");
-            };
-            QTRY_VERIFY_WITH_TIMEOUT(!lives(), 10000);
+            QTRY_VERIFY_WITH_TIMEOUT(!process_lives(pid), 10000);
         }
         const QDir data(m_home.filePath(QStringLiteral("Library/Preferences/QIRO Lumen")));
         QCOMPARE(data.entryList({QStringLiteral("*.py")}, QDir::Files), QStringList());
