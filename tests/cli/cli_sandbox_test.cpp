@@ -116,9 +116,8 @@ TEST(cli_sandbox, without_a_working_bwrap_nothing_runs_and_a_missing_interpreter
         EXPECT_THAT(refused.err, HasSubstr("install the package bubblewrap")) << command[0];
     }
     // A bwrap that the kernel refuses a user namespace: the run is refused, not failed.
-    test_support::write_file(bin / "bwrap", "#!/bin/sh\necho 'bwrap: setting up uid map: "
-                                            "Permission denied' >&2\nexit 1\n");
-    fs::permissions(bin / "bwrap", fs::perms::owner_all);
+    test_support::write_script(bin / "bwrap",
+                               "echo 'bwrap: setting up uid map: Permission denied' >&2\nexit 1\n");
     const auto broken = box.run(commands[0]);
     EXPECT_EQ(broken.status, 1);
     EXPECT_THAT(broken.err, HasSubstr("could not set up a sandbox: bwrap: setting up uid map"));

@@ -148,9 +148,8 @@ TEST_F(cli_run, plugins_that_cannot_run_or_whose_output_does_not_parse_exit_with
     // A failed syntax check, from an interpreter that warns before its answer ("syntax ok" must
     // open the output): its output is shown and nothing runs.
     const auto fake_bin = sandbox.root() / "fake-bin";
-    test_support::write_file(fake_bin / "ruby", "#!/bin/sh\necho 'ruby: warning: odd set-up'\n"
-                                                "printf 'syntax ok'\necho 'to stderr' >&2\n");
-    fs::permissions(fake_bin / "ruby", fs::perms::owner_all);
+    test_support::write_script(fake_bin / "ruby", "echo 'ruby: warning: odd set-up'\n"
+                                                  "printf 'syntax ok'\necho 'to stderr' >&2\n");
     sandbox.environment["PATH"] = fake_bin.string() + ":/usr/bin:/bin";
     report = report_of("noisy_output.rb");
     EXPECT_TRUE(report["module_type"].is_null());

@@ -39,8 +39,7 @@ protected:
 
     // An interpreter of this name first on PATH, a shell script.
     void put_on_path(const char* a_name, const std::string& a_script) {
-        write_file(m_bin.path() / a_name, "#!/bin/sh\n" + a_script);
-        std::filesystem::permissions(m_bin.path() / a_name, std::filesystem::perms::owner_all);
+        test_support::write_script(m_bin.path() / a_name, a_script);
         ::setenv("PATH", (m_bin.path().string() + ":/usr/bin:/bin:" + m_path).c_str(), 1);
     }
 
@@ -126,7 +125,8 @@ TEST_F(coverage_companion_test, only_the_entry_command_gains_variables_and_its_l
 
 TEST_F(coverage_companion_test, a_missing_tool_refuses_the_run_naming_the_package) {
     // An interpreter "perl" that cannot load Devel::Cover, whatever is installed.
-    put_on_path("perl", "case \"$*\" in *Devel::Cover*) exit 2;; esac\nexec /usr/bin/perl \"$@\"\n");
+    put_on_path("perl",
+                "case \"$*\" in *Devel::Cover*) exit 2;; esac\nexec /usr/bin/perl \"$@\"\n");
     coverage_collection coverage;
     const auto started = utility::started_command_count();
     const auto report = run("branchy_perl.pl", u"apple", &coverage);

@@ -352,11 +352,9 @@ TEST_F(debug_companion_test, slow_a_debugged_run_outlives_the_time_out_until_sto
 
 TEST_F(debug_companion_test, a_missing_or_old_debugger_or_a_taken_port_refuses_before_the_entry) {
     const fs::path bin = folder() / "bin";
-    test_support::write_file(bin / "python", "#!/bin/sh\nexec /usr/bin/python3 -S \"$@\"\n");
-    test_support::write_file(bin / "ruby", "#!/bin/sh\n[ \"$1\" = -rdebug/version ] && "
-                                           "printf 1.3.9 && exit\nexec /usr/bin/ruby \"$@\"\n");
-    fs::permissions(bin / "python", fs::perms::owner_all);
-    fs::permissions(bin / "ruby", fs::perms::owner_all);
+    test_support::write_script(bin / "python", "exec /usr/bin/python3 -S \"$@\"\n");
+    test_support::write_script(bin / "ruby", "[ \"$1\" = -rdebug/version ] && printf 1.3.9 && "
+                                             "exit\nexec /usr/bin/ruby \"$@\"\n");
     const std::string path = std::getenv("PATH");
     ::setenv("PATH", (bin.string() + ":" + path).c_str(), 1);
     for (const auto& [name, package] : {std::pair{"candidates.py", "python3-debugpy"},

@@ -278,9 +278,8 @@ TEST_F(diagnosis_run, missing_and_slow_interpreters_are_named) {
     for (const auto& [command, real] :
          {std::pair{"perl", "/usr/bin/perl"}, std::pair{"ruby", "/usr/bin/ruby"},
           std::pair{"python", "/usr/bin/python3"}}) {
-        test_support::write_file(shims / command, "#!/bin/sh\nn=" + std::to_string(iterations) +
-                                                      "; " + loop + "\nexec " + real + " \"$@\"\n");
-        fs::permissions(shims / command, fs::perms::owner_all);
+        test_support::write_script(shims / command, "n=" + std::to_string(iterations) + "; " +
+                                                        loop + "\nexec " + real + " \"$@\"\n");
     }
     for (const auto& [folder, code] :
          {std::pair{empty, "interpreter_missing"}, std::pair{shims, "interpreter_slow"}}) {

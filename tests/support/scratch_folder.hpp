@@ -31,6 +31,12 @@ inline void write_file(const std::filesystem::path& a_path, const std::string& a
     std::ofstream(a_path, std::ios::binary | std::ios::trunc) << a_bytes;
 }
 
+// A shell script that only its owner may run, for a fake interpreter, editor or tool.
+inline void write_script(const std::filesystem::path& a_path, const std::string& a_body) {
+    write_file(a_path, "#!/bin/sh\n" + a_body);
+    std::filesystem::permissions(a_path, std::filesystem::perms::owner_all);
+}
+
 // The names of what a folder holds; none when it cannot be read.
 inline std::set<std::string> names_in(const std::filesystem::path& a_folder) {
     std::set<std::string> names;

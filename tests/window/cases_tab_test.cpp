@@ -1,11 +1,11 @@
 #include "cases/case_runner.hpp"
+#include "support/scratch_folder.hpp"
 #include "text/string_encode.hpp"
 #include "window/cases_tab.hpp"
 
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
-#include <QFileInfo>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -98,22 +98,15 @@ private slots:
         QCOMPARE(tab.first_line_not_reached(), 8U);
 
         // The editor gets "+LINE FILE", as the diagnosis list gives it.
-        const QString opened = home.filePath(QStringLiteral("opened"));
-        const QString editor = home.filePath(QStringLiteral("editor"));
-        QFile script(editor);
-        QVERIFY(script.open(QIODevice::WriteOnly));
-        script.write(("#!/bin/sh\necho \"$@\" > '" + opened + "'\n").toUtf8());
-        script.close();
-        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        qputenv("VISUAL", editor.toUtf8());
+        const std::string opened = home.filePath(QStringLiteral("opened")).toStdString();
+        const std::string editor = home.filePath(QStringLiteral("editor")).toStdString();
+        test_support::write_script(editor, "echo \"$@\" > '" + opened + "'\n");
+        qputenv("VISUAL", editor.c_str());
         QVERIFY(open_uncovered->isEnabled());
         open_uncovered->trigger();
-        QTRY_VERIFY(QFileInfo(opened).size() > 0);
-        QFile written(opened);
-        QVERIFY(written.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(written.readAll()),
-                 QStringLiteral("+8 ") + plugins.filePath(QStringLiteral("branchy_python.py")) +
-                     QLatin1Char('\n'));
+        QTRY_COMPARE(QString::fromStdString(test_support::read_file(opened)),
+                     QStringLiteral("+8 ") + plugins.filePath(QStringLiteral("branchy_python.py")) +
+                         QLatin1Char('\n'));
         qunsetenv("VISUAL");
 
         // The report is made beside the window, which stays live: nothing is made by the time

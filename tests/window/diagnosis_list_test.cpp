@@ -1,4 +1,5 @@
 #include "core/plugin_discovery.hpp"
+#include "support/scratch_folder.hpp"
 #include "window/diagnosis_list.hpp"
 #include "window/ui_controller.hpp"
 
@@ -23,15 +24,10 @@ class diagnosis_list_test : public QObject {
 
 private slots:
     void findings_show_with_hints_and_open_in_the_editor() {
-        QTemporaryDir scratch;
-        const QString log = scratch.filePath(QStringLiteral("editor.log"));
-        const QString editor = scratch.filePath(QStringLiteral("editor"));
-        QFile script(editor);
-        QVERIFY(script.open(QIODevice::WriteOnly));
-        script.write(("#!/bin/sh\necho \"$@\" > '" + log + "'\n").toUtf8());
-        script.close();
-        QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-        qputenv("VISUAL", editor.toUtf8());
+        test_support::scratch_folder scratch;
+        const std::string log = (scratch.path() / "editor.log").string();
+        test_support::write_script(scratch.path() / "editor", "echo \"$@\" > '" + log + "'\n");
+        qputenv("VISUAL", (scratch.path() / "editor").c_str());
 
         diagnosis_list list;
         diagnosis::finding placed{"plugin_exception",
@@ -54,12 +50,7 @@ private slots:
         QCOMPARE(tree->topLevelItem(1)->text(1), QString());
 
         emit tree->itemDoubleClicked(tree->topLevelItem(0), 0);
-        const auto logged = [&log] {
-            QFile opened(log);
-            return opened.open(QIODevice::ReadOnly) ? QString::fromUtf8(opened.readAll())
-                                                    : QString();
-        };
-        QTRY_COMPARE(logged(), QStringLiteral("+7 /plugins/my.py\n"));
+        QTRY_COMPARE(test_support::read_file(log), std::string("+7 /plugins/my.py\n"));
 
         QSignalSpy changes(&list, &diagnosis_list::probe_policy_changed);
         list.probe_menu()->actions().at(2)->trigger();
