@@ -12,24 +12,16 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 
-// What a tracefile says of one file: the count of each DA line, and "LF LH BRF BRH".
+// What a tracefile says of each file, by name: the hits of each DA line, the lines never
+// reached, and the totals (LF, LH, BRF, BRH).
 struct traced_file {
     std::map<unsigned, unsigned long> hits;
-    std::string totals;
-    std::vector<unsigned> not_reached() const {
-        std::vector<unsigned> lines;
-        for (const auto& [line, count] : hits) {
-            if (count == 0) {
-                lines.push_back(line);
-            }
-        }
-        return lines;
-    }
+    std::vector<unsigned> not_reached;
+    std::map<std::string, std::string> totals;
 };
 
 std::map<std::string, traced_file> read_tracefile(const std::string& a_text) {
     std::map<std::string, traced_file> files;
-    std::map<std::string, std::string> totals;
     traced_file* file = nullptr;
     std::istringstream stream(a_text);
     for (std::string line; std::getline(stream, line);) {
@@ -38,13 +30,13 @@ std::map<std::string, traced_file> read_tracefile(const std::string& a_text) {
         if (key == "SF") {
             file = &files[fs::path(value).filename().string()];
         } else if (file != nullptr && key == "DA") {
-            file->hits[static_cast<unsigned>(std::stoul(value))] =
-                std::stoul(value.substr(value.find(',') + 1));
-        } else if (file != nullptr && (key == "LF" || key == "LH" || key == "BRF" || key == "BRH")) {
-            totals[key] = value;
-        } else if (file != nullptr && key == "end_of_record") {
-            file->totals =
-                totals["LF"] + " " + totals["LH"] + " " + totals["BRF"] + " " + totals["BRH"];
+            const auto number = static_cast<unsigned>(std::stoul(value));
+            file->hits[number] = std::stoul(value.substr(value.find(',') + 1));
+            if (file->hits[number] == 0) {
+                file->not_reached.push_back(number);
+            }
+        } else if (file != nullptr) {
+            file->totals[key] = value;
         }
     }
     return files;
@@ -79,17 +71,21 @@ TEST_F(cli_test_coverage, the_tracefile_names_exactly_the_branch_no_case_takes_i
 
     const auto traced = read_tracefile(test_support::read_file(report / "lcov.info"));
     ASSERT_EQ(traced.size(), 3U) << test_support::read_file(report / "lcov.info");
+    const auto totals = [&traced](const char* a_name) {
+        auto file = traced.at(a_name).totals;
+        return file["LF"] + " " + file["LH"] + " " + file["BRF"] + " " + file["BRH"];
+    };
     // The fixtures' first lines name the lines of the branch no case takes; the line both cases
     // reach counts both (for Python: in how many cases it ran).
-    EXPECT_EQ(traced.at("branchy_python.py").not_reached(), (std::vector<unsigned>{8, 9}));
-    EXPECT_EQ(traced.at("branchy_ruby.rb").not_reached(), (std::vector<unsigned>{8, 9}));
-    EXPECT_EQ(traced.at("branchy_perl.pl").not_reached(), (std::vector<unsigned>{9, 10}));
+    EXPECT_EQ(traced.at("branchy_python.py").not_reached, (std::vector<unsigned>{8, 9}));
+    EXPECT_EQ(traced.at("branchy_ruby.rb").not_reached, (std::vector<unsigned>{8, 9}));
+    EXPECT_EQ(traced.at("branchy_perl.pl").not_reached, (std::vector<unsigned>{9, 10}));
     EXPECT_EQ(traced.at("branchy_python.py").hits.at(6), 2U);
     EXPECT_EQ(traced.at("branchy_ruby.rb").hits.at(6), 2U);
     EXPECT_EQ(traced.at("branchy_perl.pl").hits.at(7), 2U);
-    EXPECT_EQ(traced.at("branchy_python.py").totals, "9 7 2 1");
-    EXPECT_EQ(traced.at("branchy_ruby.rb").totals, "11 9 2 1");
-    EXPECT_EQ(traced.at("branchy_perl.pl").totals, "9 7 2 1");
+    EXPECT_EQ(totals("branchy_python.py"), "9 7 2 1");
+    EXPECT_EQ(totals("branchy_ruby.rb"), "11 9 2 1");
+    EXPECT_EQ(totals("branchy_perl.pl"), "9 7 2 1");
 
     const std::string cobertura = test_support::read_file(report / "cobertura.xml");
     EXPECT_EQ(test_support::cobertura_dtd_error(cobertura), "") << cobertura;
@@ -104,8 +100,9 @@ TEST_F(cli_test_coverage, the_tracefile_names_exactly_the_branch_no_case_takes_i
     EXPECT_TRUE(fs::exists(report / "html" / "index.html"));
 
     // Confined, the runs measure the same lines, and nothing of their private folders is left.
-    const auto confined = sandbox.run({"test", "--sandbox", "--coverage=" + (report / "confined").string(),
-                                       "-j", "2", folder.string()});
+    const auto confined =
+        sandbox.run({"test", "--sandbox", "--coverage=" + (report / "confined").string(), "-j", "2",
+                     folder.string()});
     ASSERT_EQ(confined.status, 0) << confined.out << confined.err;
     EXPECT_EQ(test_support::read_file(report / "confined" / "lcov.info"),
               test_support::read_file(report / "lcov.info"));
