@@ -54,6 +54,25 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
 // outlives the host.
 void kill_running_commands() noexcept;
 
+// A fresh scope for commands: one part of a program (a soak in the window, say) that must end
+// its own commands without touching those of the rest.
+std::uint32_t new_command_scope() noexcept;
+
+// While it lives, the commands this thread starts belong to a_scope.
+class command_scope_guard {
+public:
+    explicit command_scope_guard(std::uint32_t a_scope) noexcept;
+    ~command_scope_guard();
+    command_scope_guard(const command_scope_guard&) = delete;
+    command_scope_guard& operator=(const command_scope_guard&) = delete;
+
+private:
+    std::uint32_t m_outer;
+};
+
+// Kills the process groups of the commands of a_scope running now; the others run on.
+void kill_commands_in(std::uint32_t a_scope) noexcept;
+
 // Ends every command running now as its time-out would (run_command returns 2), at once; for
 // a Stop button. Not for signal handlers: use kill_running_commands there.
 void stop_running_commands() noexcept;

@@ -13,8 +13,25 @@ namespace detail {
 
 namespace {
 
-// A fixed table of lock-free slots: a signal handler may read it at any moment.
-std::array<std::atomic<pid_t>, 64> g_running_groups{};
+// A fixed table of lock-free slots: a signal handler may read it at any moment. Each holds a
+// group and, in the upper half, the scope of the thread that started it.
+std::array<std::atomic<std::uint64_t>, 64> g_running_groups{};
+thread_local std::uint32_t g_thread_scope = 0;
+std::atomic<std::uint32_t> g_last_scope{0};
+
+pid_t group_of(std::uint64_t a_slot) {
+    return static_cast<pid_t>(a_slot & 0xffffffffU);
+}
+
+// Kills the groups of a_scope, or all of them when a_scope is 0.
+void kill_groups(std::uint32_t a_scope) noexcept {
+    for (auto& slot : g_running_groups) {
+        const std::uint64_t entry = slot.load();
+        if (group_of(entry) > 0 && (a_scope == 0 || entry >> 32 == a_scope)) {
+            ::kill(-group_of(entry), SIGKILL);
+        }
+    }
+}
 std::atomic<std::uint64_t> g_stop_count{0};
 // Held by a stop while it counts and kills, and by a command while it starts, records its group
 // and reads the count.
@@ -23,9 +40,11 @@ std::mutex g_stop_mutex;
 } // namespace
 
 bool add_running_group(pid_t a_group) noexcept {
+    const std::uint64_t entry =
+        std::uint64_t{g_thread_scope} << 32 | static_cast<std::uint32_t>(a_group);
     for (auto& slot : g_running_groups) {
-        pid_t empty = 0;
-        if (slot.compare_exchange_strong(empty, a_group)) {
+        std::uint64_t empty = 0;
+        if (slot.compare_exchange_strong(empty, entry)) {
             return true;
         }
     }
@@ -34,20 +53,15 @@ bool add_running_group(pid_t a_group) noexcept {
 
 void remove_running_group(pid_t a_group) noexcept {
     for (auto& slot : g_running_groups) {
-        pid_t expected = a_group;
-        if (slot.compare_exchange_strong(expected, 0)) {
+        std::uint64_t entry = slot.load();
+        if (group_of(entry) == a_group && slot.compare_exchange_strong(entry, 0)) {
             return;
         }
     }
 }
 
 void kill_running_groups() noexcept {
-    for (auto& slot : g_running_groups) {
-        const pid_t group = slot.load();
-        if (group > 0) {
-            ::kill(-group, SIGKILL);
-        }
-    }
+    kill_groups(0);
 }
 
 std::unique_lock<std::mutex> hold_stops() {
@@ -62,6 +76,25 @@ std::uint64_t stop_count() noexcept {
 
 void kill_running_commands() noexcept {
     detail::kill_running_groups();
+}
+
+std::uint32_t new_command_scope() noexcept {
+    return detail::g_last_scope.fetch_add(1) + 1;
+}
+
+command_scope_guard::command_scope_guard(std::uint32_t a_scope) noexcept
+    : m_outer(detail::g_thread_scope) {
+    detail::g_thread_scope = a_scope;
+}
+
+command_scope_guard::~command_scope_guard() {
+    detail::g_thread_scope = m_outer;
+}
+
+void kill_commands_in(std::uint32_t a_scope) noexcept {
+    if (a_scope != 0) {
+        detail::kill_groups(a_scope);
+    }
 }
 
 void stop_running_commands() noexcept {

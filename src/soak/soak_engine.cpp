@@ -251,7 +251,10 @@ soak_report run_soak(const debugger::plugin_entry& a_plugin, std::vector<soak_in
         return a_options.stop != nullptr && a_options.stop->load();
     };
 
+    // A stop ends this soak's commands only: in the window, a plug-in run may be going on too.
+    const auto scope = utility::new_command_scope();
     const auto work = [&] {
+        const utility::command_scope_guard in_scope(scope);
         std::shared_ptr<fast_runs::fork_worker> worker;
         if (a_options.fast) {
             worker = std::make_shared<fast_runs::fork_worker>();
@@ -322,7 +325,7 @@ soak_report run_soak(const debugger::plugin_entry& a_plugin, std::vector<soak_in
             changed.wait_for(lock, std::chrono::milliseconds(100));
             if (stopped()) {
                 // A run that started after the interrupt's kill is ended too.
-                utility::kill_running_commands();
+                utility::kill_commands_in(scope);
                 continue;
             }
             if (a_options.on_progress) {

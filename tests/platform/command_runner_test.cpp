@@ -167,9 +167,11 @@ TEST(command_runner, no_process_is_left_behind_after_many_commands) {
 // started and created a_ready.
 class background_command {
 public:
-    background_command(const std::string& a_line, const std::filesystem::path& a_ready) {
+    background_command(const std::string& a_line, const std::filesystem::path& a_ready,
+                       std::uint32_t a_scope = 0) {
         const auto started = qiro_plugin::utility::started_command_count();
-        m_runner = std::thread([this, a_line] {
+        m_runner = std::thread([this, a_line, a_scope] {
+            const qiro_plugin::utility::command_scope_guard in_scope(a_scope);
             m_outcome.result = run_command(a_line, {}, m_outcome.std_output, m_outcome.std_error,
                                            false, &m_outcome.report);
         });
@@ -211,6 +213,16 @@ TEST(command_runner, killing_running_commands_ends_them_with_their_groups) {
     // With nothing running it does nothing.
     qiro_plugin::utility::kill_running_commands();
     EXPECT_EQ(run("echo still fine").std_output, terminated("still fine\n"));
+
+    // Killing one scope's commands leaves the others running.
+    const auto scope = qiro_plugin::utility::new_command_scope();
+    background_command outside("echo > '" + pid_file.string() + "'; sleep 300", pid_file);
+    const auto ready = scratch.path() / "ready";
+    background_command inside("echo > '" + ready.string() + "'; sleep 300", ready, scope);
+    ASSERT_TRUE(outside.ready() && inside.ready());
+    qiro_plugin::utility::kill_commands_in(scope);
+    EXPECT_NE(inside.finish().report.exit_status.value_or(-1), 0) << "killed, not ended";
+    EXPECT_EQ(platform_test::count_processes(), 1u) << "the command outside the scope runs on";
 }
 
 TEST(command_runner, stopping_ends_a_command_as_its_time_out_would_even_without_one) {
