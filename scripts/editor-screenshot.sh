@@ -57,6 +57,7 @@ export DISPLAY=":$(cat "$work/display")"
 timeout 10 xwininfo -root >/dev/null
 
 cat >"$work/driver.el" <<'ELISP'
+;;; -*- lexical-binding: t -*-
 ;;; Sets the breakpoint, attaches with the template, and at the stop shows the locals and the
 ;;; stack, checks them, takes the picture and continues; exits 0 once the session has ended.
 (setq inhibit-startup-screen t make-backup-files nil auto-save-default nil create-lockfiles nil
@@ -82,9 +83,9 @@ cat >"$work/driver.el" <<'ELISP'
 (dap-mode 1)
 (dap-ui-mode 1)
 (setq dap-ui-buffer-configurations
-      `((,dap-ui--locals-buffer . ((side . right) (slot . 1) (window-width . 0.40)))
-        (,dap-ui--sessions-buffer . ((side . right) (slot . 2) (window-width . 0.40)
-                                     (window-height . 0.45)))))
+      `((,dap-ui--locals-buffer . ((side . right) (slot . 1) (window-width . 0.42)))
+        ;; Across the bottom, where a frame's whole path fits.
+        (,dap-ui--sessions-buffer . ((side . bottom) (slot . 1) (window-height . 8)))))
 (eval (car (read-from-string (concat "(progn " (getenv "QIRO_EDITOR_CONFIG") ")"))))
 (find-file qiro-plugin)
 (display-line-numbers-mode 1)
@@ -130,6 +131,7 @@ cat >"$work/driver.el" <<'ELISP'
                             (buffer-string))
       (qiro-fail "the stack does not show the plug-in's frame: %s" (buffer-string))))
   (select-window (get-buffer-window (get-file-buffer qiro-plugin)))
+  (recenter)
   (message "Stopped at %s:%d" (file-name-nondirectory qiro-plugin) qiro-line)
   (redisplay t)
   (when (and qiro-shot (not (string-empty-p qiro-shot)))
@@ -159,7 +161,7 @@ ELISP
 round_trip() {
     local plugin="$bin/plugin/$1" line=$2 shot=${3:-} name=$1
     local plain="$work/$name.plain" debugged="$work/$name.debugged" err="$work/$name.err"
-    timeout 60 "$bin/qiro-lumen" run "$plugin" "$written_form" >"$plain"
+    timeout 60 "$bin/qiro-lumen" run "$plugin" "$written_form" >"$plain" 2>"$plain.err"
     timeout 180 "$bin/qiro-lumen" run --debug "$plugin" "$written_form" >"$debugged" 2>"$err" &
     local run=$!
     pids+=($run)
