@@ -180,7 +180,7 @@ round_trip() {
     QIRO_EDITOR_CONFIG="$("$bin/qiro-lumen" debug-config emacs --port "$port" "$plugin" 2>/dev/null)" \
         QIRO_EDITOR_TEMPLATE="QIRO Lumen: $name" QIRO_EDITOR_PLUGIN="$plugin" \
         QIRO_EDITOR_LINE=$line QIRO_EDITOR_SHOT="$shot" QIRO_EDITOR_LOG="$work/$name.log" \
-        timeout 150 emacs -q -fs -l "$work/driver.el" >"$work/$name.emacs" 2>&1 || status=$?
+        TMPDIR="$work" timeout 150 emacs -q -fs -l "$work/driver.el" >"$work/$name.emacs" 2>&1 || status=$?
     local run_status=0
     wait $run || run_status=$?
     if ((status != 0)) || ((run_status != 0)) || ! cmp -s "$plain" "$debugged"; then
