@@ -69,7 +69,9 @@ int open_terminal(int a_flags) {
 // language package registered (dap-python's "python") is left alone.
 std::string emacs_template(const std::string& a_language, const std::string& a_title,
                            const std::string& a_port) {
-    const std::string type = nlohmann::json("qiro-lumen-" + a_language).dump();
+    std::string type_name = "qiro-lumen-";
+    type_name += a_language;
+    const std::string type = nlohmann::json(type_name).dump();
     const std::string title = nlohmann::json(a_title).dump();
     std::string form = ";; Evaluate this form or put it in your init file; then M-x dap-debug, ";
     form += title;
