@@ -48,12 +48,18 @@ export DBUS_SESSION_BUS_ADDRESS=disabled: NO_AT_BRIDGE=1
 # Without -noreset, the server resets when its first client leaves and refuses the next.
 Xvfb -displayfd 5 -noreset -nolisten tcp -screen 0 1280x800x24 5>"$work/display" \
     2>"$work/xvfb.log" &
-pids+=($!)
+pids+=("$!")
 for _ in $(seq 100); do
     [[ -s $work/display ]] && break
     sleep 0.1
 done
-export DISPLAY=":$(cat "$work/display")"
+display=$(cat "$work/display")
+[[ -n $display ]] || {
+    echo "editor-screenshot: Xvfb did not start:" >&2
+    cat "$work/xvfb.log" >&2
+    exit 1
+}
+export DISPLAY=":$display"
 timeout 10 xwininfo -root >/dev/null
 
 cat >"$work/driver.el" <<'ELISP'
@@ -164,7 +170,7 @@ round_trip() {
     timeout 60 "$bin/qiro-lumen" run "$plugin" "$written_form" >"$plain" 2>"$plain.err"
     timeout 180 "$bin/qiro-lumen" run --debug "$plugin" "$written_form" >"$debugged" 2>"$err" &
     local run=$!
-    pids+=($run)
+    pids+=("$run")
     local port=""
     for _ in $(seq 100); do
         port=$(sed -n 's/^debug: waiting for a debugger on 127\.0\.0\.1:\([0-9]*\) .*/\1/p' "$err")
