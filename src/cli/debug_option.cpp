@@ -122,13 +122,14 @@ cli_command add_debug_config_command(CLI::App& a_app) {
     auto options = std::make_shared<options_type>();
     auto* command = a_app.add_subcommand(
         "debug-config",
-        "Print an editor's attach configuration for a plug-in: a launch.json entry (vscode) or "
-        "an nvim-dap table (nvim). Then run the plug-in with --debug=PORT and start the "
+        "Print an editor's attach configuration for a plug-in: a launch.json entry (vscode), "
+        "an nvim-dap table (nvim) or a dap-mode template (emacs). Then run the plug-in with "
+        "--debug=PORT and start the "
         "configuration.\nExit status: 0 printed; 2 bad usage or a Perl plug-in (Perl offers its "
         "console: --debug, then connect with nc 127.0.0.1 PORT).");
-    command->add_option("EDITOR", options->editor, "vscode or nvim")
+    command->add_option("EDITOR", options->editor, "vscode, nvim or emacs")
         ->required()
-        ->check(CLI::IsMember({"vscode", "nvim"}));
+        ->check(CLI::IsMember({"vscode", "nvim", "emacs"}));
     command
         ->add_option("PLUGIN", options->plugin,
                      "the plug-in: a path to its file, or a file name in the plug-in folder")

@@ -39,7 +39,7 @@ public:
     bool signalled() const;
 };
 
-// debug-config vscode|nvim PLUGIN [--port PORT]
+// debug-config vscode|nvim|emacs PLUGIN [--port PORT]
 cli_command add_debug_config_command(CLI::App& a_app);
 
 } // namespace qiro_plugin::cli

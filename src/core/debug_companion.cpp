@@ -64,6 +64,34 @@ int open_terminal(int a_flags) {
     return fd;
 }
 
+// A dap-mode template: the provider of its own type hands the template over unchanged, so
+// dap-mode connects to the port (:debugServer) instead of starting an adapter, and one a
+// language package registered (dap-python's "python") is left alone.
+std::string emacs_template(const std::string& a_language, const std::string& a_title,
+                           const std::string& a_port) {
+    std::string type_name = "qiro-lumen-";
+    type_name += a_language;
+    const std::string type = nlohmann::json(type_name).dump();
+    const std::string title = nlohmann::json(a_title).dump();
+    std::string form = ";; Evaluate this form or put it in your init file; then M-x dap-debug, ";
+    form += title;
+    form += ".\n(progn\n  (require 'dap-mode)\n  (dap-register-debug-provider ";
+    form += type;
+    form += " #'identity)\n  (dap-register-debug-template\n   ";
+    form += title;
+    form += "\n   (list :type ";
+    form += type;
+    form += "\n         :request \"attach\"\n         :name ";
+    form += title;
+    form += "\n         :host \"127.0.0.1\"\n         :debugServer ";
+    form += a_port;
+    if (a_language == "python") {
+        form += "\n         :justMyCode :json-false";
+    }
+    form += ")))\n";
+    return form;
+}
+
 } // namespace
 
 std::string waiting_line(const debug_endpoint& a_endpoint) {
@@ -95,6 +123,9 @@ std::string attach_configuration(const std::string& a_editor, const std::string&
             entry["debugPort"] = "127.0.0.1:" + port;
         }
         return entry.dump(4) + "\n";
+    }
+    if (a_editor == "emacs") {
+        return emacs_template(a_language, title, port);
     }
     const std::string adapter = "qiro_lumen_" + a_language;
     return "local dap = require('dap')\n"

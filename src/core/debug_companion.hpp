@@ -28,7 +28,8 @@ struct debug_endpoint {
 std::string waiting_line(const debug_endpoint& a_endpoint);
 
 // The attach configuration for an editor ("vscode": a launch.json entry, "nvim": an nvim-dap
-// table) and a language, or an empty text when the language offers no Debug Adapter Protocol.
+// table, "emacs": a dap-mode template) and a language, or an empty text when the language
+// offers no Debug Adapter Protocol.
 std::string attach_configuration(const std::string& a_editor, const std::string& a_language,
                                  const std::string& a_name, std::uint16_t a_port);
 

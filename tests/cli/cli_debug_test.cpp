@@ -146,6 +146,16 @@ TEST(cli_debug, debug_config_prints_an_attach_entry_for_python_and_ruby_only) {
                             "'127.0.0.1', port = 5678 }"),
               std::string::npos)
         << nvim.out;
+    // dap-mode: a template that connects to the port itself, its title an Emacs string.
+    test_support::write_file(sandbox.plugins() / "say \"hi\".py", "");
+    const auto emacs = sandbox.run({"debug-config", "emacs", "--port", "6002", "--plugin-folder",
+                                    sandbox.plugins().string(), "say \"hi\".py"});
+    ASSERT_EQ(emacs.status, 0) << emacs.err;
+    for (const char* part : {"(dap-register-debug-template\n   \"QIRO Lumen: say \\\"hi\\\".py\"",
+                             ":request \"attach\"", ":host \"127.0.0.1\"", ":debugServer 6002",
+                             ":justMyCode :json-false"}) {
+        EXPECT_NE(emacs.out.find(part), std::string::npos) << part << "\n" << emacs.out;
+    }
     test_support::write_file(sandbox.plugins() / "plain.pl", "1;\n");
     EXPECT_EQ(sandbox
                   .run({"debug-config", "vscode", "--plugin-folder", sandbox.plugins().string(),
