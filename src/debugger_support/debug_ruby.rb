@@ -35,6 +35,9 @@ module Qiro_lumen_debug
     def recv_request
       while true
         request = super
+        # The library listens before it names its session, which the requests use: on a busy
+        # machine an editor's first requests can come before it.
+        sleep 0.01 until defined?(DEBUGGER__::SESSION)
         return request unless request.is_a?(Hash) && request["type"] == "request"
         case request["command"]
         when "attach"
@@ -49,6 +52,16 @@ module Qiro_lumen_debug
     end
   end
 
+  # An editor that goes away closes the library's queue of commands, and the library would then
+  # kill the plug-in, or fail on the queue it has already dropped if its own thread comes late.
+  # Without an editor there is no one to stop for: the run goes on to its end.
+  module Run_on_without_editor
+    def readline(_prompt)
+      queue = @q_msg
+      (queue && queue.pop) || "continue"
+    end
+  end
+
   def self.open(port)
     # The library's notes ("Debugger can attach via ...", "Connected.") would land among the
     # plug-in's own error output.
@@ -56,7 +69,7 @@ module Qiro_lumen_debug
     require "debug/session"
     require "debug/server_dap"
     ENV.delete("RUBY_DEBUG_LOG_LEVEL")
-    DEBUGGER__::UI_DAP.prepend(Without_first_stops)
+    DEBUGGER__::UI_DAP.prepend(Without_first_stops, Run_on_without_editor)
     DEBUGGER__.open_tcp(host: "127.0.0.1", port: port, nonstop: true)
     CONFIGURED.pop
   end

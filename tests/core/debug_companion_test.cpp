@@ -130,6 +130,7 @@ protected:
 
     // Starts a debugged run of a_name on its own thread; the port is known once it waits.
     std::shared_future<run_report> debug(const std::string& a_name, debug_options a_options = {}) {
+        port = {};
         companion =
             std::make_shared<debug_companion>(a_options, [this](const debug_endpoint& a_at) {
                 lines.push_back(waiting_line(a_at));
@@ -180,9 +181,10 @@ protected:
     std::vector<std::string> lines;
 };
 
-// Attaches, breaks at a_line of the plug-in file, reads a_expression there, and continues.
+// Attaches, breaks at a_line of the plug-in file, reads a_expression there, and continues, or
+// when not a_then_continue goes away as an editor closed at the stop would.
 std::string break_read_continue(std::uint16_t a_port, const fs::path& a_file, int a_line,
-                                const std::string& a_expression) {
+                                const std::string& a_expression, bool a_then_continue = true) {
     dap_client client(a_port);
     client.request("initialize", {{"adapterID", "test"},
                                   {"linesStartAt1", true},
@@ -205,7 +207,9 @@ std::string break_read_continue(std::uint16_t a_port, const fs::path& a_file, in
     EXPECT_EQ(top.value("line", 0), a_line);
     const json value = client.request(
         "evaluate", {{"expression", a_expression}, {"frameId", top["id"]}, {"context", "repl"}});
-    client.request("continue", {{"threadId", thread}});
+    if (a_then_continue) {
+        client.request("continue", {{"threadId", thread}});
+    }
     return value["body"].value("result", "");
 }
 
@@ -243,6 +247,14 @@ TEST_F(debug_companion_test, an_editor_breaks_in_a_ruby_plugin_with_no_stop_of_i
     EXPECT_EQ(report.candidates.size(), 2U);
     EXPECT_EQ(report.candidate_list, expected);
     EXPECT_EQ(report.run_std_error, "") << "the library's notes stay out of the plug-in's output";
+    EXPECT_EQ(left_files(), std::set<std::string>{});
+
+    // An editor closed at the stop leaves the run to finish as a plain one, not killed.
+    auto left = debug("candidates.rb");
+    const std::uint16_t again = waiting_port();
+    ASSERT_NE(again, 0);
+    EXPECT_NE(break_read_continue(again, folder() / "candidates.rb", 9, "request", false), "");
+    EXPECT_EQ(left.get().candidate_list, expected);
     EXPECT_EQ(left_files(), std::set<std::string>{});
 }
 
