@@ -7,11 +7,11 @@
 # request's argument list, so that each input meets a fresh copy of the loaded plug-in. What the plug-in
 # printed while it loaded is written again at the start of each child's outputs, where a
 # separate run would print it. The host enforces the time-out and the output cap on the two
-# FIFOs it names per request.
+# outputs it names per request (its pipes under /proc/PID/fd, or FIFOs).
 #
 # Control lines, tab-separated:
 #   worker -> host  "ready" | "fallback<TAB>REASON"          once, after loading
-#   host -> worker  "run<TAB>OUT_FIFO<TAB>ERR_FIFO<TAB>FOLDER<TAB>ARG0<TAB>ARG1..."
+#   host -> worker  "run<TAB>OUT_PATH<TAB>ERR_PATH<TAB>FOLDER<TAB>ARG0<TAB>ARG1..."
 #   worker -> host  "pid<TAB>N", then "exit<TAB>STATUS" (128 + signal for a signal)
 # The worker serves one request at a time. Each child is forked before its request arrives and
 # waits for it, so that the fork's cost overlaps the host's work on the previous run instead of
@@ -90,8 +90,8 @@ def exit_code_of(error):
 
 
 def open_outputs(request):
-    # Opened before the worker names the child to the host, so that the host may remove the
-    # FIFOs once it knows the child; the host holds their reading ends open already, so this
+    # Opened before the worker names the child to the host, so that the host may close or remove
+    # its ends once it knows the child; the host holds the reading ends open already, so this
     # never blocks.
     fds = []
     for path in request[1:3]:
