@@ -94,6 +94,14 @@ bool fits_on_control_line(const std::string& a_text) {
     return a_text.find_first_of("\t\n") == std::string::npos;
 }
 
+// Where this process's descriptors show as files that another process of its user may open.
+std::string proc_fd_folder() {
+    std::string folder = "/proc/";
+    folder += std::to_string(::getpid());
+    folder += "/fd";
+    return folder;
+}
+
 double milliseconds_since(clock_type::time_point a_start) {
     return std::chrono::duration<double, std::milli>(clock_type::now() - a_start).count();
 }
@@ -325,8 +333,7 @@ struct fork_worker::impl {
         }
         m_pid = pid;
         utility::detail::add_running_group(pid);
-        m_pipes_by_proc =
-            ::access(("/proc/" + std::to_string(::getpid()) + "/fd").c_str(), X_OK) == 0;
+        m_pipes_by_proc = ::access(proc_fd_folder().c_str(), X_OK) == 0;
         const auto answer = read_line(clock_type::now() + load_limit);
         if (answer && *answer == "ready") {
             m_state = state::serving;
@@ -372,7 +379,7 @@ struct fork_worker::impl {
 
     bool open_outputs(child_outputs& a_outputs) {
         if (m_pipes_by_proc) {
-            const std::string prefix = "/proc/" + std::to_string(::getpid()) + "/fd/";
+            const std::string prefix = proc_fd_folder() + "/";
             for (int index = 0; index < 2; ++index) {
                 int ends[2] = {-1, -1};
                 if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
@@ -385,7 +392,8 @@ struct fork_worker::impl {
                 }
                 a_outputs.read_ends[index] = ends[0];
                 a_outputs.write_ends[index] = ends[1];
-                a_outputs.names[index] = prefix + std::to_string(ends[1]);
+                a_outputs.names[index] = prefix;
+                a_outputs.names[index] += std::to_string(ends[1]);
             }
             return true;
         }
