@@ -33,7 +33,8 @@ utf16_string utf16(const std::string& a_text) {
 case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
                   utility::sandbox_mode a_sandbox,
                   std::vector<std::shared_ptr<debugger::entry_companion>> a_companions,
-                  std::shared_ptr<utility::command_executor> a_executor) {
+                  std::shared_ptr<utility::command_executor> a_executor,
+                  std::shared_ptr<manager_preference_snapshot> a_settings) {
     debugger::pane_text_sink panes;
     recording_alerts alerts;
     case_run run;
@@ -48,6 +49,7 @@ case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugi
         request.options.sandbox = a_sandbox;
         request.options.companions = std::move(a_companions);
         request.options.executor = std::move(a_executor);
+        request.options.settings = std::move(a_settings);
         run.report = runner.run(request);
     } catch (const std::exception& error) {
         // The runner turns a run's own failures into its report; this is what is left, such as
@@ -79,6 +81,8 @@ std::vector<case_outcome> run_cases(const std::vector<case_job>& a_jobs,
     const auto workers = static_cast<std::size_t>(
         std::min<std::size_t>(a_options.jobs == 0 ? cores : a_options.jobs, a_jobs.size()));
 
+    // The settings do not change within one session unless their files do.
+    const auto settings = std::make_shared<manager_preference_snapshot>();
     std::atomic<std::size_t> next{0};
     std::mutex mutex;
     std::condition_variable changed;
@@ -109,7 +113,7 @@ std::vector<case_outcome> run_cases(const std::vector<case_job>& a_jobs,
                              a_options.companions
                                  ? a_options.companions()
                                  : std::vector<std::shared_ptr<debugger::entry_companion>>{},
-                             worker);
+                             worker, settings);
                 if (worker) {
                     outcome.fast_fallback = worker->fallback_reason();
                 }

@@ -4,6 +4,7 @@
 #include "cases/case_check.hpp"
 #include "cases/case_file.hpp"
 #include "core/entry_companion.hpp"
+#include "settings/manager_preference_snapshot.hpp"
 #include "platform/command_executor.hpp"
 #include "platform/sandbox.hpp"
 
@@ -33,11 +34,13 @@ struct case_outcome {
 
 // The faithful run a case asks for: a fresh debug_runner with its own panes; the companions
 // join its entry's command (a debugger, a coverage tool). The executor, when given, is the fast
-// mode's (a fork worker), never the faithful run's.
+// mode's (a fork worker), never the faithful run's. The settings, when given, are those of a
+// whole session (see manager_preference_snapshot).
 case_run run_case(const test_case& a_case, const debugger::plugin_entry& a_plugin,
                   utility::sandbox_mode a_sandbox = utility::sandbox_mode::off,
                   std::vector<std::shared_ptr<debugger::entry_companion>> a_companions = {},
-                  std::shared_ptr<utility::command_executor> a_executor = nullptr);
+                  std::shared_ptr<utility::command_executor> a_executor = nullptr,
+                  std::shared_ptr<manager_preference_snapshot> a_settings = nullptr);
 
 struct run_options {
     unsigned jobs = 0; // at most this many cases at once; 0: one per core

@@ -238,6 +238,11 @@ struct debug_runner::impl {
         return std::nullopt;
     }
 
+    manager_preference_data settings_of(const run_request& a_request) const {
+        return a_request.options.settings ? a_request.options.settings->read()
+                                          : m_settings_reader();
+    }
+
     // The entry's own command, with the request record the plug-in manager would fill.
     void run_entry(const run_request& a_request, abstract_qiro_plugin_instance& a_instance,
                    const std::shared_ptr<abstract_qiro_plugin_message>& a_message,
@@ -247,7 +252,7 @@ struct debug_runner::impl {
         case entry_kind::processing: {
             qiro_plugin_request request{};
             fill_processing_request(request, a_request.written_form, a_request.reading,
-                                    m_settings_reader());
+                                    settings_of(a_request));
             a_probe_values = probe_values_of(bridge_values_of(request));
             a_instance.run_processing(a_message, request, a_quit_flag);
             return;
@@ -255,7 +260,7 @@ struct debug_runner::impl {
         case entry_kind::callback: {
             qiro_plugin_callback callback{};
             fill_callback_request(callback, a_request.candidate, a_request.written_form,
-                                  m_settings_reader());
+                                  settings_of(a_request));
             a_probe_values = probe_values_of(bridge_values_of(callback));
             a_instance.run_callback(a_message, callback, a_quit_flag);
             return;

@@ -7,6 +7,7 @@
 #include "diagnosis/run_evidence.hpp"
 #include "platform/command_executor.hpp"
 #include "platform/sandbox.hpp"
+#include "settings/manager_preference_snapshot.hpp"
 
 #include <memory>
 #include <vector>
@@ -26,6 +27,9 @@ struct run_options {
     // The fast mode of soak and test (a fork worker): serves the run's bridge commands in place
     // of new interpreters. None for the faithful run, which run and the window always are.
     std::shared_ptr<utility::command_executor> executor;
+    // The manager's settings shared by the many runs of one soak or test session, read again
+    // only when their files change. None: the run reads them itself, as run and the window do.
+    std::shared_ptr<manager_preference_snapshot> settings;
 };
 
 struct run_request {

@@ -94,6 +94,14 @@ bool fits_on_control_line(const std::string& a_text) {
     return a_text.find_first_of("\t\n") == std::string::npos;
 }
 
+// Where this process's descriptors show as files that another process of its user may open.
+std::string proc_fd_folder() {
+    std::string folder = "/proc/";
+    folder += std::to_string(::getpid());
+    folder += "/fd";
+    return folder;
+}
+
 double milliseconds_since(clock_type::time_point a_start) {
     return std::chrono::duration<double, std::milli>(clock_type::now() - a_start).count();
 }
@@ -147,6 +155,7 @@ struct fork_worker::impl {
     bool m_exit_pending = false; // a child closed its outputs and had not ended yet
     std::uint64_t m_served = 0;
     std::uint64_t m_fifo_count = 0;
+    bool m_pipes_by_proc = true;
     // The syntax check never loads the plug-in: its first answer stands for all.
     std::optional<std::pair<std::vector<char>, std::vector<char>>> m_syntax_check;
     std::optional<int> m_syntax_check_status;
@@ -324,6 +333,7 @@ struct fork_worker::impl {
         }
         m_pid = pid;
         utility::detail::add_running_group(pid);
+        m_pipes_by_proc = ::access(proc_fd_folder().c_str(), X_OK) == 0;
         const auto answer = read_line(clock_type::now() + load_limit);
         if (answer && *answer == "ready") {
             m_state = state::serving;
@@ -337,6 +347,82 @@ struct fork_worker::impl {
                       (log_text.empty() ? std::string() : ": " + log_text));
         }
         return false;
+    }
+
+    // The two outputs of the next child: the host's reading ends and the names by which the
+    // child opens the writing ends. Pipes named through /proc/PID/fd cost no file on disk
+    // (two FIFOs per input did: creating and removing inodes at that rate is dear on ext4);
+    // FIFOs in the private folder serve where /proc does not show this process's pipes.
+    struct child_outputs {
+        int read_ends[2] = {-1, -1};
+        int write_ends[2] = {-1, -1};
+        std::string names[2];
+        bool fifos = false;
+        // Closes the host's writing ends and removes the FIFOs; the reading ends belong to the
+        // output streams.
+        void release() {
+            for (int& fd : write_ends) {
+                if (fd != -1) {
+                    ::close(fd);
+                    fd = -1;
+                }
+            }
+            if (fifos) {
+                for (const auto& name : names) {
+                    ::unlink(name.c_str());
+                }
+                fifos = false;
+            }
+        }
+        ~child_outputs() { release(); }
+    };
+
+    bool open_outputs(child_outputs& a_outputs) {
+        if (m_pipes_by_proc) {
+            const std::string prefix = proc_fd_folder() + "/";
+            for (int index = 0; index < 2; ++index) {
+                int ends[2] = {-1, -1};
+                if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
+                    for (int fd : a_outputs.read_ends) {
+                        if (fd != -1) {
+                            ::close(fd);
+                        }
+                    }
+                    return false;
+                }
+                a_outputs.read_ends[index] = ends[0];
+                a_outputs.write_ends[index] = ends[1];
+                a_outputs.names[index] = prefix;
+                a_outputs.names[index] += std::to_string(ends[1]);
+            }
+            return true;
+        }
+        const std::string number = std::to_string(++m_fifo_count);
+        a_outputs.names[0] = m_folder + "/out." + number;
+        a_outputs.names[1] = m_folder + "/err." + number;
+        if (::mkfifo(a_outputs.names[0].c_str(), 0600) != 0) {
+            return false;
+        }
+        a_outputs.fifos = true;
+        if (::mkfifo(a_outputs.names[1].c_str(), 0600) != 0) {
+            ::unlink(a_outputs.names[0].c_str());
+            a_outputs.fifos = false;
+            return false;
+        }
+        for (int index = 0; index < 2; ++index) {
+            a_outputs.read_ends[index] =
+                ::open(a_outputs.names[index].c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        }
+        if (a_outputs.read_ends[0] == -1 || a_outputs.read_ends[1] == -1) {
+            for (int fd : a_outputs.read_ends) {
+                if (fd != -1) {
+                    ::close(fd);
+                }
+            }
+            a_outputs.release();
+            return false;
+        }
+        return true;
     }
 
     // Reads the exit line of the last child; nothing when the worker did not say it in time.
@@ -357,28 +443,27 @@ struct fork_worker::impl {
             read_exit(clock_type::time_point::max());
             m_exit_pending = false;
         }
-        const std::string number = std::to_string(++m_fifo_count);
-        const std::string out_path = m_folder + "/out." + number;
-        const std::string err_path = m_folder + "/err." + number;
-        if (::mkfifo(out_path.c_str(), 0600) != 0 || ::mkfifo(err_path.c_str(), 0600) != 0) {
-            ::unlink(out_path.c_str());
+        child_outputs outputs;
+        if (!open_outputs(outputs)) {
             return std::nullopt;
         }
-        const int out_fd = ::open(out_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-        const int err_fd = ::open(err_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-        utility::detail::output_stream std_output(out_fd, stream_limit);
-        utility::detail::output_stream std_error(err_fd, stream_limit);
-        std::string request = "run\t" + out_path + "\t" + err_path + "\t" + a_working_folder;
+        utility::detail::output_stream std_output(outputs.read_ends[0], stream_limit);
+        utility::detail::output_stream std_error(outputs.read_ends[1], stream_limit);
+        std::string request = "run\t" + outputs.names[0] + "\t" + outputs.names[1] + "\t" +
+                              a_working_folder;
         for (const auto& value : a_values) {
             request += "\t" + value;
         }
-        const bool sent = out_fd != -1 && err_fd != -1 && send_line(request);
+        const bool sent = send_line(request);
         const auto answer = sent ? read_line(clock_type::now() + load_limit) : std::nullopt;
-        ::unlink(out_path.c_str());
-        ::unlink(err_path.c_str());
+        // The child has opened its ends by now, or never will.
+        outputs.release();
         if (!answer || answer->rfind("pid\t", 0) != 0) {
             if (!answer || answer->rfind("error\t", 0) != 0) {
                 fall_back("the worker ended: " + worker_log());
+            } else {
+                // The next command's child gets FIFOs, which need nothing of /proc.
+                m_pipes_by_proc = false;
             }
             return std::nullopt;
         }

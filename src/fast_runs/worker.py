@@ -7,12 +7,13 @@
 # request's argument list, so that each input meets a fresh copy of the loaded plug-in. What the plug-in
 # printed while it loaded is written again at the start of each child's outputs, where a
 # separate run would print it. The host enforces the time-out and the output cap on the two
-# FIFOs it names per request.
+# outputs it names per request (its pipes under /proc/PID/fd, or FIFOs).
 #
 # Control lines, tab-separated:
 #   worker -> host  "ready" | "fallback<TAB>REASON"          once, after loading
-#   host -> worker  "run<TAB>OUT_FIFO<TAB>ERR_FIFO<TAB>FOLDER<TAB>ARG0<TAB>ARG1..."
-#   worker -> host  "pid<TAB>N", then "exit<TAB>STATUS" (128 + signal for a signal)
+#   host -> worker  "run<TAB>OUT_PATH<TAB>ERR_PATH<TAB>FOLDER<TAB>ARG0<TAB>ARG1..."
+#   worker -> host  "pid<TAB>N" (written by the child itself), then "exit<TAB>STATUS" (128 + signal
+#                   for a signal), or "error<TAB>REASON" instead of both
 # The worker serves one request at a time. Each child is forked before its request arrives and
 # waits for it, so that the fork's cost overlaps the host's work on the previous run instead of
 # adding to each run; a child still takes exactly one request, from the loaded state, so the
@@ -90,8 +91,8 @@ def exit_code_of(error):
 
 
 def open_outputs(request):
-    # Opened before the worker names the child to the host, so that the host may remove the
-    # FIFOs once it knows the child; the host holds their reading ends open already, so this
+    # Opened before the worker names the child to the host, so that the host may close or remove
+    # its ends once it knows the child; the host holds the reading ends open already, so this
     # never blocks.
     fds = []
     for path in request[1:3]:
@@ -156,12 +157,17 @@ def wait_for_request(request_fd, answer_fd, start_code, namespace):
     try:
         outputs = open_outputs(request)
     except OSError as error:
-        write_all(answer_fd, ("error\t%s\n" % error.strerror).encode("utf-8", "replace"))
+        write_all(answer_fd, b"error\n")
+        write_all(4, ("error\t%s\n" % error.strerror).encode("utf-8", "replace"))
         os._exit(0)
     # Its own group before the host learns of it, so that a time-out's kill reaches it.
     os.setpgid(0, 0)
+    # The worker learns that the child took its request, then the host learns of the child
+    # from the child itself: the worker need not wake up in between.
     write_all(answer_fd, b"ok\n")
     os.close(answer_fd)
+    write_all(4, b"pid\t%d\n" % os.getpid())
+    os.close(4)
     run_child(request, outputs, start_code, namespace)
 
 
@@ -174,8 +180,9 @@ def fork_child(start_code, namespace):
     pid = os.fork()
     if pid == 0:
         try:
-            # Without the control channel, the host sees the worker's end when it ends.
-            for fd in (3, 4, request_write, answer_read):
+            # Without the control input; the control output only until the child has named
+            # itself, so that the host sees the worker's end when it ends.
+            for fd in (3, request_write, answer_read):
                 os.close(fd)
             wait_for_request(request_read, answer_write, start_code, namespace)
         finally:
@@ -279,18 +286,15 @@ def serve(control_out, start_code, namespace, waiting):
             write_all(request_write, line + b"\n")
         except OSError:
             pass
-        answer = read_line(answer_read)
         os.close(request_write)
-        os.close(answer_read)
-        if answer != b"ok":
-            reap(pid)
-            waiting[:] = fork_child(start_code, namespace)
-            send(control_out, os.fsdecode(answer) if answer.startswith(b"error\t")
-                 else "error\tthe child ended before its run")
-            continue
-        send(control_out, "pid\t%d" % pid)
         # The next child is forked while this one runs.
         waiting[:] = fork_child(start_code, namespace)
-        send(control_out, "exit\t%d" % status_of(reap(pid)))
+        status = status_of(reap(pid))
+        answer = read_line(answer_read)
+        os.close(answer_read)
+        if answer == b"ok":
+            send(control_out, "exit\t%d" % status)
+        elif answer != b"error":
+            send(control_out, "error\tthe child ended before its run")
 
 main()

@@ -86,6 +86,18 @@ bool read_text(int a_descriptor, std::size_t a_limit, std::string& a_text) {
     }
 }
 
+// Every command of a run, and every run of a soak, writes the same bridge: the last decoding
+// is kept per thread, so that it is not done again for each command.
+const std::string& decoded_script(const std::string& a_encoded) {
+    thread_local std::string encoded;
+    thread_local std::string decoded;
+    if (a_encoded != encoded) {
+        decoded = utility::url_decode(a_encoded);
+        encoded = a_encoded;
+    }
+    return decoded;
+}
+
 // A file left from an earlier command is reused only when its text equals the script.
 void accept_existing_file(const std::string& a_path, const std::string& a_script) {
     file_descriptor existing(
@@ -105,7 +117,7 @@ void accept_existing_file(const std::string& a_path, const std::string& a_script
 script_file_access::script_file_access(const std::string& a_folder, const std::string& a_file_name,
                                        const std::string& a_encoded_script)
     : m_path(a_folder + a_file_name) {
-    const std::string script = utility::url_decode(a_encoded_script);
+    const std::string& script = decoded_script(a_encoded_script);
     file_descriptor created(
         ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (created.get() < 0) {

@@ -154,6 +154,9 @@ std::mutex& pending_mutex() {
     return mutex;
 }
 
+// Moved under the pending mutex with every change of the pending map.
+std::uint64_t pending_generation = 0;
+
 std::map<pending_key, change_list>& pending_changes() {
     static std::map<pending_key, change_list> changes;
     return changes;
@@ -240,6 +243,7 @@ void set_value(const std::string& a_key, std::optional<preference_value> a_value
     }
     std::lock_guard lock(pending_mutex());
     pending_changes()[{a_scope, a_domain}].emplace_back(a_key, std::move(a_value));
+    ++pending_generation;
 }
 
 bool synchronize(const std::string& a_domain, preference_scope a_scope) {
@@ -262,12 +266,19 @@ bool synchronize(const std::string& a_domain, preference_scope a_scope) {
         return false;
     }
     pending_changes().erase(found);
+    ++pending_generation;
     return true;
 }
 
 void discard_changes(const std::string& a_domain, preference_scope a_scope) {
     std::lock_guard lock(pending_mutex());
     pending_changes().erase({a_scope, a_domain});
+    ++pending_generation;
+}
+
+std::uint64_t change_count() {
+    std::lock_guard lock(pending_mutex());
+    return pending_generation;
 }
 
 std::vector<std::string> copy_application_list(preference_scope a_scope) {

@@ -3,6 +3,7 @@
 
 #include "settings/preference_value.hpp"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -44,6 +45,10 @@ bool synchronize(const std::string& a_domain, preference_scope a_scope);
 
 // Forgets the changes recorded for the domain and not yet written.
 void discard_changes(const std::string& a_domain, preference_scope a_scope);
+
+// A number that moves whenever this process records, writes or forgets changes of any domain:
+// what copy_value sees can differ from the files only when it moved.
+std::uint64_t change_count();
 
 // The domains that have a file in the scope's folder, sorted.
 std::vector<std::string> copy_application_list(preference_scope a_scope);

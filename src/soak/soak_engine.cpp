@@ -7,6 +7,7 @@
 #include "fast_runs/fork_worker.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/data_folder.hpp"
+#include "settings/manager_preference_snapshot.hpp"
 #include "text/string_encode.hpp"
 
 #include <algorithm>
@@ -50,7 +51,8 @@ std::size_t utf16_length(const std::string& a_text) {
 // One run of the processing entry; the executor, when given, serves its bridge commands. The
 // probes never run: a soak compares the runs themselves, and probes each failure afterwards.
 cases::case_run run_input(const debugger::plugin_entry& a_plugin, const soak_input& a_input,
-                          const std::shared_ptr<utility::command_executor>& a_executor) {
+                          const std::shared_ptr<utility::command_executor>& a_executor,
+                          const std::shared_ptr<manager_preference_snapshot>& a_settings) {
     debugger::pane_text_sink panes;
     recording_alerts alerts;
     cases::case_run run;
@@ -61,6 +63,7 @@ cases::case_run run_input(const debugger::plugin_entry& a_plugin, const soak_inp
             string_encode::MultiByteUTF8ToWideChar(a_input.reading.c_str()));
         request.options.probes = debugger::probe_policy::never;
         request.options.executor = a_executor;
+        request.options.settings = a_settings;
         run.report = runner.run(request);
     } catch (const std::exception& error) {
         run.report.result = outcome::failed;
@@ -240,6 +243,9 @@ soak_report run_soak(const debugger::plugin_entry& a_plugin, std::vector<soak_in
     } catch (const std::exception&) {
     }
 
+    // Fast and faithful runs alike: the settings do not change within one soak unless their
+    // files do.
+    const auto settings = std::make_shared<manager_preference_snapshot>();
     std::mutex mutex;
     std::condition_variable changed;
     std::size_t next = 0;
@@ -272,7 +278,7 @@ soak_report run_soak(const debugger::plugin_entry& a_plugin, std::vector<soak_in
             input_outcome result;
             const auto served_before = worker ? worker->served_count() : 0;
             const auto run_started = clock_type::now();
-            auto run = run_input(a_plugin, input, worker);
+            auto run = run_input(a_plugin, input, worker, settings);
             result.ms =
                 std::chrono::duration<double, std::milli>(clock_type::now() - run_started).count();
             result.fast = worker && worker->served_count() != served_before;
@@ -282,7 +288,7 @@ soak_report run_soak(const debugger::plugin_entry& a_plugin, std::vector<soak_in
                 (is_failure(result.kind) ||
                  index % std::max<std::size_t>(1, a_options.faithful_every) == 0) &&
                 !stopped()) {
-                const auto faithful = run_input(a_plugin, input, nullptr);
+                const auto faithful = run_input(a_plugin, input, nullptr, settings);
                 result.compared = true;
                 result.differences = differences_of(run, result, faithful);
             }

@@ -1,5 +1,7 @@
 #include "cases/case_runner.hpp"
 #include "platform/command_runner.hpp"
+#include "settings/preference_keys.hpp"
+#include "settings/preference_store.hpp"
 #include "soak/soak_engine.hpp"
 #include "support/process_scan.hpp"
 #include "support/scratch_folder.hpp"
@@ -143,6 +145,38 @@ TEST_F(soak_run, failures_on_held_inputs_are_reported_with_them_and_saved_as_fai
     for (const auto& the_case : saved.cases) {
         EXPECT_TRUE(cases::check_case(the_case, cases::run_case(the_case, saved.plugin)).passed)
             << the_case.name;
+    }
+}
+
+// The settings are read once per soak and again when their file changes, fast or faithful.
+TEST_F(soak_run, a_settings_file_replaced_mid_soak_is_seen_by_the_next_input) {
+    namespace prefs = preferences;
+    const auto scope = prefs::preference_scope::current_user_any_host;
+    const auto write_proxy = [&](const char* a_name) {
+        prefs::set_value("enable_proxy", prefs::preference_value(true), APPLICATION_ID_LATEST,
+                         scope);
+        prefs::set_value("proxy_address", prefs::preference_value(a_name),
+                         APPLICATION_ID_LATEST, scope);
+        return prefs::synchronize(APPLICATION_ID_LATEST, scope);
+    };
+    const auto inputs = parse_form_lines("a\nb\nswitch\nc\nd\n");
+    for (const bool fast : {true, false}) {
+        ASSERT_TRUE(write_proxy("second"));
+        fs::rename(*prefs::domain_file_path(APPLICATION_ID_LATEST, scope),
+                   m_home.path() / "next.plist");
+        ASSERT_TRUE(write_proxy("first"));
+        soak_options options;
+        options.jobs = 1;
+        options.fast = fast;
+        const auto report = run_soak(fixture("settings_switch.py"), inputs, options);
+        std::vector<std::string> kinds;
+        for (const auto& outcome : report.outcomes) {
+            kinds.push_back(outcome.kind);
+        }
+        EXPECT_EQ(kinds, (std::vector<std::string>{"no_candidate", "no_candidate", "no_candidate",
+                                                    "candidates", "candidates"}))
+            << (fast ? "fast" : "faithful");
+        EXPECT_TRUE(report.differing.empty());
     }
 }
 
