@@ -4,9 +4,9 @@
 #include "cases/case_check.hpp"
 #include "cases/case_file.hpp"
 #include "core/entry_companion.hpp"
-#include "settings/manager_preference_snapshot.hpp"
 #include "platform/command_executor.hpp"
 #include "platform/sandbox.hpp"
+#include "settings/manager_preference_snapshot.hpp"
 
 #include <atomic>
 #include <cstddef>

@@ -449,10 +449,15 @@ struct fork_worker::impl {
         }
         utility::detail::output_stream std_output(outputs.read_ends[0], stream_limit);
         utility::detail::output_stream std_error(outputs.read_ends[1], stream_limit);
-        std::string request = "run\t" + outputs.names[0] + "\t" + outputs.names[1] + "\t" +
-                              a_working_folder;
+        // Appended piece by piece: GCC 12 at -O3 warns falsely on a literal + std::string.
+        std::string request = "run";
+        for (const auto* part : {&outputs.names[0], &outputs.names[1], &a_working_folder}) {
+            request += '\t';
+            request += *part;
+        }
         for (const auto& value : a_values) {
-            request += "\t" + value;
+            request += '\t';
+            request += value;
         }
         const bool sent = send_line(request);
         const auto answer = sent ? read_line(clock_type::now() + load_limit) : std::nullopt;

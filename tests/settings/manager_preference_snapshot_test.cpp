@@ -1,5 +1,5 @@
-#include "settings/manager_preference_snapshot.hpp"
 #include "settings/manager_preference_access.hpp"
+#include "settings/manager_preference_snapshot.hpp"
 #include "settings/settings_test_support.hpp"
 
 #include <gtest/gtest.h>
@@ -37,8 +37,8 @@ TEST(manager_preference_snapshot_test, reads_again_exactly_when_a_file_it_depend
 
     // A new file for the latest version (replaced by rename, as the manager writes it).
     const auto next = home.root() / "next.plist";
-    qiro_test::write_plist_file(next, value(value::dictionary_type{
-                                          {"proxy_address", value("second.example")}}));
+    qiro_test::write_plist_file(
+        next, value(value::dictionary_type{{"proxy_address", value("second.example")}}));
     std::filesystem::rename(next, home.user_file(APPLICATION_ID_LATEST));
     EXPECT_EQ(snapshot.read().proxy_address, u"second.example");
 

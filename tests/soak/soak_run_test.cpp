@@ -155,8 +155,8 @@ TEST_F(soak_run, a_settings_file_replaced_mid_soak_is_seen_by_the_next_input) {
     const auto write_proxy = [&](const char* a_name) {
         prefs::set_value("enable_proxy", prefs::preference_value(true), APPLICATION_ID_LATEST,
                          scope);
-        prefs::set_value("proxy_address", prefs::preference_value(a_name),
-                         APPLICATION_ID_LATEST, scope);
+        prefs::set_value("proxy_address", prefs::preference_value(a_name), APPLICATION_ID_LATEST,
+                         scope);
         return prefs::synchronize(APPLICATION_ID_LATEST, scope);
     };
     const auto inputs = parse_form_lines("a\nb\nswitch\nc\nd\n");
@@ -174,7 +174,7 @@ TEST_F(soak_run, a_settings_file_replaced_mid_soak_is_seen_by_the_next_input) {
             kinds.push_back(outcome.kind);
         }
         EXPECT_EQ(kinds, (std::vector<std::string>{"no_candidate", "no_candidate", "no_candidate",
-                                                    "candidates", "candidates"}))
+                                                   "candidates", "candidates"}))
             << (fast ? "fast" : "faithful");
         EXPECT_TRUE(report.differing.empty());
     }
