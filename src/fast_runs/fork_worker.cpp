@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -451,7 +452,8 @@ struct fork_worker::impl {
         utility::detail::output_stream std_error(outputs.read_ends[1], stream_limit);
         // Appended piece by piece: GCC 12 at -O3 warns falsely on a literal + std::string.
         std::string request = "run";
-        for (const auto* part : {&outputs.names[0], &outputs.names[1], &a_working_folder}) {
+        for (const std::string* part : std::initializer_list<const std::string*>{
+                 &outputs.names[0], &outputs.names[1], &a_working_folder}) {
             request += '\t';
             request += *part;
         }
