@@ -375,6 +375,16 @@ struct fork_worker::impl {
                 fifos = false;
             }
         }
+        // A failure before the output streams took the reading ends: closes them too.
+        void discard() {
+            for (int& fd : read_ends) {
+                if (fd != -1) {
+                    ::close(fd);
+                    fd = -1;
+                }
+            }
+            release();
+        }
         ~child_outputs() { release(); }
     };
 
@@ -384,11 +394,7 @@ struct fork_worker::impl {
             for (int index = 0; index < 2; ++index) {
                 int ends[2] = {-1, -1};
                 if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
-                    for (int fd : a_outputs.read_ends) {
-                        if (fd != -1) {
-                            ::close(fd);
-                        }
-                    }
+                    a_outputs.discard();
                     return false;
                 }
                 a_outputs.read_ends[index] = ends[0];
@@ -415,12 +421,7 @@ struct fork_worker::impl {
                 ::open(a_outputs.names[index].c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
         }
         if (a_outputs.read_ends[0] == -1 || a_outputs.read_ends[1] == -1) {
-            for (int fd : a_outputs.read_ends) {
-                if (fd != -1) {
-                    ::close(fd);
-                }
-            }
-            a_outputs.release();
+            a_outputs.discard();
             return false;
         }
         return true;
