@@ -21,6 +21,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 extern char** environ;
 
@@ -153,15 +154,28 @@ struct fork_worker::impl {
     pid_t m_pid = -1;
     int m_control = -1;
     std::string m_buffered;
-    bool m_exit_pending = false; // a child closed its outputs and had not ended yet
+    pid_t m_exit_pending = -1; // a child that closed its outputs and had not ended yet
     std::uint64_t m_served = 0;
     std::uint64_t m_fifo_count = 0;
     bool m_pipes_by_proc = true;
     // The syntax check never loads the plug-in: its first answer stands for all.
     std::optional<std::pair<std::vector<char>, std::vector<char>>> m_syntax_check;
     std::optional<int> m_syntax_check_status;
+    // The command whose answer answers_without_script_file promised for the next execute.
+    std::string m_promised;
 
     ~impl() { stop(); }
+
+    int answer_syntax_check(std::vector<char>& a_std_output, std::vector<char>& a_std_error,
+                            utility::run_command_report* a_report) const {
+        a_std_output = m_syntax_check->first;
+        a_std_error = m_syntax_check->second;
+        if (a_report != nullptr) {
+            *a_report = utility::run_command_report{};
+            a_report->exit_status = m_syntax_check_status;
+        }
+        return 0;
+    }
 
     void fall_back(std::string a_reason) {
         m_state = state::fallen_back;
@@ -427,23 +441,37 @@ struct fork_worker::impl {
         return true;
     }
 
-    // Reads the exit line of the last child; nothing when the worker did not say it in time.
-    std::optional<int> read_exit(clock_type::time_point a_deadline) {
-        const auto line = read_line(a_deadline);
+    // The next line that is not a second report of an earlier child's exit (a child reports
+    // its exit, then the worker once it has reaped it).
+    std::optional<std::string> read_answer(pid_t a_child, clock_type::time_point a_deadline) {
+        for (;;) {
+            auto line = read_line(a_deadline);
+            if (!line || line->rfind("exit\t", 0) != 0 || std::atoi(line->c_str() + 5) == a_child) {
+                return line;
+            }
+        }
+    }
+
+    // The exit status of the child; nothing when it was not reported in time.
+    std::optional<int> read_exit(pid_t a_child, clock_type::time_point a_deadline) {
+        const auto line = read_answer(a_child, a_deadline);
         if (!line || line->rfind("exit\t", 0) != 0) {
             return std::nullopt;
         }
-        return std::atoi(line->c_str() + 5);
+        const auto status = line->find('\t', 5);
+        return status == std::string::npos
+                   ? std::nullopt
+                   : std::optional<int>(std::atoi(line->c_str() + status + 1));
     }
 
     std::optional<int> serve(const std::vector<std::string>& a_values,
                              const std::string& a_working_folder, std::vector<char>& a_std_output,
                              std::vector<char>& a_std_error, bool a_is_timeout,
                              utility::run_command_report* a_report) {
-        if (m_exit_pending) {
+        if (m_exit_pending != -1) {
             // The last child closed its outputs early; the worker takes nothing before it ends.
-            read_exit(clock_type::time_point::max());
-            m_exit_pending = false;
+            read_exit(m_exit_pending, clock_type::time_point::max());
+            m_exit_pending = -1;
         }
         child_outputs outputs;
         if (!open_outputs(outputs)) {
@@ -463,7 +491,7 @@ struct fork_worker::impl {
             request += value;
         }
         const bool sent = send_line(request);
-        const auto answer = sent ? read_line(clock_type::now() + load_limit) : std::nullopt;
+        const auto answer = sent ? read_answer(-1, clock_type::now() + load_limit) : std::nullopt;
         // The child has opened its ends by now, or never will.
         outputs.release();
         if (!answer || answer->rfind("pid\t", 0) != 0) {
@@ -517,11 +545,11 @@ struct fork_worker::impl {
             terminate(child, std_output, std_error);
             return 2;
         }
-        std::optional<int> status = read_exit(clock_type::now() + exit_grace);
+        std::optional<int> status = read_exit(child, clock_type::now() + exit_grace);
         if (status) {
             utility::detail::remove_running_group(child);
         } else {
-            m_exit_pending = true;
+            m_exit_pending = child;
         }
         std_output.terminate_data();
         std_error.terminate_data();
@@ -550,11 +578,11 @@ struct fork_worker::impl {
                 utility::detail::wait_for_streams(a_std_output, a_std_error, slice, false,
                                                   m_control);
             }
-            status = read_exit(slice);
+            status = read_exit(a_child, slice);
         }
         ::kill(-a_child, SIGKILL);
         if (!status) {
-            status = read_exit(clock_type::now() + kill_grace);
+            status = read_exit(a_child, clock_type::now() + kill_grace);
         }
         utility::detail::remove_running_group(a_child);
         if (!status) {
@@ -575,6 +603,9 @@ std::optional<int> fork_worker::execute(const std::string& a_command_line,
     auto& self = *p_impl;
     if (self.m_state == impl::state::fallen_back) {
         return std::nullopt;
+    }
+    if (std::exchange(self.m_promised, {}) == a_command_line && self.m_syntax_check) {
+        return self.answer_syntax_check(a_std_output, a_std_error, a_report);
     }
     const auto command = parse_bridge_command(a_command_line);
     if (!command || command->values.size() < 3) {
@@ -611,13 +642,7 @@ std::optional<int> fork_worker::execute(const std::string& a_command_line,
     }
     const bool syntax_check = command->values[2] == "syntax_check";
     if (syntax_check && self.m_syntax_check) {
-        a_std_output = self.m_syntax_check->first;
-        a_std_error = self.m_syntax_check->second;
-        if (a_report != nullptr) {
-            *a_report = utility::run_command_report{};
-            a_report->exit_status = self.m_syntax_check_status;
-        }
-        return 0;
+        return self.answer_syntax_check(a_std_output, a_std_error, a_report);
     }
     auto result = self.serve(command->values, a_working_folder, a_std_output, a_std_error,
                              a_is_timeout, a_report);
@@ -626,6 +651,26 @@ std::optional<int> fork_worker::execute(const std::string& a_command_line,
         self.m_syntax_check_status = a_report != nullptr ? a_report->exit_status : std::nullopt;
     }
     return result;
+}
+
+bool fork_worker::answers_without_script_file(const std::string& a_command_line,
+                                              const std::string& a_encoded_script) {
+    auto& self = *p_impl;
+    self.m_promised.clear();
+    if (self.m_state != impl::state::serving || !self.m_syntax_check) {
+        return false;
+    }
+    const auto command = parse_bridge_command(a_command_line);
+    if (!command || command->values.size() < 3 || command->values[2] != "syntax_check" ||
+        command->interpreter != self.m_interpreter || command->values[1] != self.m_plugin_value) {
+        return false;
+    }
+    const language* entry = language_of(command->interpreter);
+    if (entry == nullptr || a_encoded_script != entry->bridge()) {
+        return false;
+    }
+    self.m_promised = a_command_line;
+    return true;
 }
 
 std::string fork_worker::fallback_reason() const {

@@ -41,6 +41,11 @@ public:
                                std::vector<char>& a_std_error, bool a_is_timeout,
                                utility::run_command_report* a_report) override;
 
+    // True for a syntax check of the worker's bridge and plug-in once the worker has its answer,
+    // which the next execute of that command gives without a file or a process.
+    bool answers_without_script_file(const std::string& a_command_line,
+                                     const std::string& a_encoded_script) override;
+
     // Why commands go to run_command instead (the plug-in starts threads while it loads, it does
     // not load, the worker ended...); empty while the worker serves them or has not started.
     std::string fallback_reason() const;

@@ -180,6 +180,6 @@ while (my $line = <$control_in>) {
     waitpid($pid, 0);
     my $status = $?;
     my $code = ($status & 127) ? 128 + ($status & 127) : ($status >> 8);
-    worker_send("exit\t$code");
+    worker_send("exit\t$pid\t$code");
 }
 exit(0);

@@ -4,20 +4,25 @@
 #
 # Loads the bridge's functions (everything but its final "main()" call) and the plug-in once,
 # then for each request has a child forked from that state run the bridge's own main() with the
-# request's argument list, so that each input meets a fresh copy of the loaded plug-in. What the plug-in
-# printed while it loaded is written again at the start of each child's outputs, where a
+# request's argument list, so that each input meets a fresh copy of the loaded plug-in. What the
+# plug-in printed while it loaded is written again at the start of each child's outputs, where a
 # separate run would print it. The host enforces the time-out and the output cap on the two
 # outputs it names per request (its pipes under /proc/PID/fd, or FIFOs).
 #
 # Control lines, tab-separated:
 #   worker -> host  "ready" | "fallback<TAB>REASON"          once, after loading
 #   host -> worker  "run<TAB>OUT_PATH<TAB>ERR_PATH<TAB>FOLDER<TAB>ARG0<TAB>ARG1..."
-#   worker -> host  "pid<TAB>N" (written by the child itself), then "exit<TAB>STATUS" (128 + signal
-#                   for a signal), or "error<TAB>REASON" instead of both
+#   worker -> host  "pid<TAB>N" (written by the child itself), then "exit<TAB>N<TAB>STATUS" (128 +
+#                   signal for a signal), or "error<TAB>REASON" instead of both
+# A child reports its own exit just before it ends, and the worker reports it again once it has
+# reaped it: the host takes the first report and passes over a report of a child it is not
+# waiting for. So the host need not wait for the child's memory to be torn down, yet learns of
+# a child that a signal ended.
 # The worker serves one request at a time. Each child is forked before its request arrives and
-# waits for it, so that the fork's cost overlaps the host's work on the previous run instead of
-# adding to each run; a child still takes exactly one request, from the loaded state, so the
-# worker has at most one child running and one waiting.
+# reads it from the control input itself, so that the fork's cost overlaps the host's work on
+# the previous run and no third process wakes up between the host and the child; a child still
+# takes exactly one request, from the loaded state, so the worker has at most one child running
+# and one waiting.
 
 import ast
 import atexit
@@ -145,15 +150,40 @@ def run_child(request, outputs, start_code, namespace):
         sys.stderr.flush()
     except BaseException:
         pass
+    report_exit(code)
     os._exit(code)
 
 
-def wait_for_request(request_fd, answer_fd, start_code, namespace):
-    line = read_line(request_fd)
-    os.close(request_fd)
+def report_exit(code):
+    # Not from a process the plug-in forked: it is not the child the host waits for.
+    if os.getpid() != CHILD_PID[0]:
+        return
+    try:
+        write_all(4, b"exit\t%d\t%d\n" % (CHILD_PID[0], code))
+    except OSError:
+        pass
+    # The host sees both outputs end now, not after the kernel has freed the child's memory.
+    for fd in (1, 2, 4):
+        try:
+            os.close(fd)
+        except OSError:
+            pass
+
+
+def wait_for_request(answer_fd, start_code, namespace):
+    # The request comes straight from the host: the worker does not pass it on, so it need not
+    # wake up between the host and the child. Only this child reads the control input now; the
+    # next is forked once this one has taken its line, and the host sends nothing more before
+    # this child's run has ended.
+    line = read_line(3)
+    os.close(3)
     if not line:
         os._exit(0)
     request = os.fsdecode(line).split("\t")
+    if len(request) < 5 or request[0] != "run":
+        write_all(answer_fd, b"error\n")
+        write_all(4, b"error\tbad request\n")
+        os._exit(0)
     try:
         outputs = open_outputs(request)
     except OSError as error:
@@ -166,30 +196,31 @@ def wait_for_request(request_fd, answer_fd, start_code, namespace):
     # from the child itself: the worker need not wake up in between.
     write_all(answer_fd, b"ok\n")
     os.close(answer_fd)
-    write_all(4, b"pid\t%d\n" % os.getpid())
-    os.close(4)
+    CHILD_PID[0] = os.getpid()
+    write_all(4, b"pid\t%d\n" % CHILD_PID[0])
+    # Kept for the exit report, but not handed to what the plug-in starts.
+    os.set_inheritable(4, False)
     run_child(request, outputs, start_code, namespace)
 
 
+# The pid of this process once it is a child that took its request.
+CHILD_PID = [0]
+
+
 def fork_child(start_code, namespace):
-    # A child that waits for its request: its pid, the request pipe and the answer pipe.
-    request_read, request_write = os.pipe()
+    # A child that waits for its request: its pid and the pipe on which it says it took one.
     answer_read, answer_write = os.pipe()
     sys.stdout.flush()
     sys.stderr.flush()
     pid = os.fork()
     if pid == 0:
         try:
-            # Without the control input; the control output only until the child has named
-            # itself, so that the host sees the worker's end when it ends.
-            for fd in (3, request_write, answer_read):
-                os.close(fd)
-            wait_for_request(request_read, answer_write, start_code, namespace)
+            os.close(answer_read)
+            wait_for_request(answer_write, start_code, namespace)
         finally:
             os._exit(1)
-    os.close(request_read)
     os.close(answer_write)
-    return pid, request_write, answer_read
+    return pid, answer_read
 
 
 def reap(pid):
@@ -254,47 +285,28 @@ def main():
     gc.freeze()
     send(control_out, "ready")
 
-    waiting = list(fork_child(start_code, namespace))
-    try:
-        serve(control_out, start_code, namespace, waiting)
-    finally:
-        # The waiting child reads the end of its request pipe and ends.
-        pid, request_write, answer_read = waiting
-        for fd in (request_write, answer_read):
-            try:
-                os.close(fd)
-            except OSError:
-                pass
-        reap(pid)
+    serve(control_out, start_code, namespace)
 
 
-def serve(control_out, start_code, namespace, waiting):
-    buffered = b""
+def serve(control_out, start_code, namespace):
+    # The worker never reads the control input itself: each waiting child takes the next
+    # request from it, and says so on its answer pipe.
+    waiting = fork_child(start_code, namespace)
     while True:
-        while b"\n" not in buffered:
-            chunk = os.read(3, 65536)
-            if not chunk:
-                return
-            buffered += chunk
-        line, buffered = buffered.split(b"\n", 1)
-        request = os.fsdecode(line).split("\t")
-        if len(request) < 5 or request[0] != "run":
-            send(control_out, "error\tbad request")
-            continue
-        pid, request_write, answer_read = waiting
-        try:
-            write_all(request_write, line + b"\n")
-        except OSError:
-            pass
-        os.close(request_write)
-        # The next child is forked while this one runs.
-        waiting[:] = fork_child(start_code, namespace)
-        status = status_of(reap(pid))
+        pid, answer_read = waiting
         answer = read_line(answer_read)
         os.close(answer_read)
         if answer == b"ok":
-            send(control_out, "exit\t%d" % status)
-        elif answer != b"error":
-            send(control_out, "error\tthe child ended before its run")
+            # The next child is forked while this one runs.
+            waiting = fork_child(start_code, namespace)
+            status = status_of(reap(pid))
+            send(control_out, "exit\t%d\t%d" % (pid, status))
+            continue
+        reap(pid)
+        if answer != b"error":
+            # The host closed the control input, or the child ended before it took a request:
+            # either way the worker ends, and the host sees it end.
+            return
+        waiting = fork_child(start_code, namespace)
 
 main()

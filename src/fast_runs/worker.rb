@@ -122,7 +122,7 @@ def worker_main
     worker_send(control_out, "pid\t#{pid}")
     _, status = Process.wait2(pid)
     code = status.signaled? ? 128 + status.termsig : status.exitstatus
-    worker_send(control_out, "exit\t#{code}")
+    worker_send(control_out, "exit\t#{pid}\t#{code}")
   end
 end
 

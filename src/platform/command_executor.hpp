@@ -20,6 +20,13 @@ public:
                                        std::vector<char>& a_std_output,
                                        std::vector<char>& a_std_error, bool a_is_timeout,
                                        run_command_report* a_report) = 0;
+    // Whether the next execute of this command, whose script is a_encoded_script (URL-encoded),
+    // would be answered from what the executor already holds, running nothing: its caller then
+    // need not write the script's file.
+    virtual bool answers_without_script_file(const std::string& /*a_command_line*/,
+                                             const std::string& /*a_encoded_script*/) {
+        return false;
+    }
 };
 
 // While it lives, run_command on this thread first offers each command to the executor, unless
@@ -37,5 +44,9 @@ private:
 
 // The innermost executor of this thread, or nullptr.
 command_executor* current_command_executor();
+
+// The executor that run_command offers its commands to now: the innermost one, unless commands
+// are confined, have variables of their own or run without a time-out; else nullptr.
+command_executor* offered_command_executor();
 
 } // namespace qiro_plugin::utility

@@ -1,8 +1,8 @@
 #include "platform/command_runner.hpp"
 
 #include "platform/child_process.hpp"
-#include "platform/command_executor.hpp"
 #include "platform/command_environment.hpp"
+#include "platform/command_executor.hpp"
 #include "platform/output_stream.hpp"
 #include "platform/running_commands.hpp"
 #include "platform/sandbox.hpp"
@@ -93,6 +93,13 @@ std::string current_folder() {
 
 } // namespace
 
+command_executor* offered_command_executor() {
+    if (current_sandbox() != nullptr || commands_with_variables() || commands_without_timeout()) {
+        return nullptr;
+    }
+    return current_command_executor();
+}
+
 int run_command(const std::string& a_command_line, const utf16_string& a_working_folder,
                 std::vector<char>& a_std_output, std::vector<char>& a_std_error, bool a_is_timeout,
                 run_command_report* a_report) {
@@ -113,9 +120,8 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     }
     const bool with_timeout = a_is_timeout && !commands_without_timeout();
     auto environment = command_environment_block(environ);
-    if (command_executor* executor = current_command_executor();
-        executor != nullptr && sandbox == nullptr && !commands_with_variables() &&
-        !commands_without_timeout() && !folder.empty()) {
+    if (command_executor* executor = offered_command_executor();
+        executor != nullptr && !folder.empty()) {
         if (auto result = executor->execute(a_command_line, folder, a_std_output, a_std_error,
                                             a_is_timeout, a_report)) {
             return *result;
@@ -127,8 +133,8 @@ int run_command(const std::string& a_command_line, const utf16_string& a_working
     std::uint64_t stops_before = 0;
     {
         const auto hold = detail::hold_stops();
-        child = detail::child_process::start(command, folder, std_output_fd, std_error_fd,
-                                             environment);
+        child =
+            detail::child_process::start(command, folder, std_output_fd, std_error_fd, environment);
         stops_before = detail::stop_count();
     }
     if (!child) {

@@ -1,4 +1,5 @@
 #include "bridges/protocol.hpp"
+#include "platform/command_executor.hpp"
 #include "platform/command_runner.hpp"
 #include "platform/data_folder.hpp"
 #include "platform/file_path.hpp"
@@ -9,6 +10,7 @@
 #include "text/url_xml_escape.hpp"
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace qiro_plugin {
@@ -71,7 +73,13 @@ std::string qiro_plugin_instance_script::impl::run_command_rapper(const std::str
     }
     command_line += a_arguments;
 
-    const script_file_access bridge_file(m_data_folder, bridge_file_name, m_script_code);
+    // A fast mode that answers the command from memory reads no file; every other run has one.
+    std::optional<script_file_access> bridge_file;
+    if (utility::command_executor* executor = utility::offered_command_executor();
+        executor == nullptr ||
+        !executor->answers_without_script_file(command_line, m_script_code)) {
+        bridge_file.emplace(m_data_folder, bridge_file_name, m_script_code);
+    }
     std::vector<char> std_output;
     std::vector<char> std_error;
     m_last_command_report = utility::run_command_report{};
