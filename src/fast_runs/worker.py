@@ -192,12 +192,13 @@ def wait_for_request(answer_fd, start_code, namespace):
         os._exit(0)
     # Its own group before the host learns of it, so that a time-out's kill reaches it.
     os.setpgid(0, 0)
-    # The worker learns that the child took its request, then the host learns of the child
-    # from the child itself: the worker need not wake up in between.
-    write_all(answer_fd, b"ok\n")
-    os.close(answer_fd)
+    # The host learns of the child from the child itself, then the worker learns that the
+    # child took its request: the host, which waits for this line, wakes first, before the
+    # worker's fork of the next child takes the other processor.
     CHILD_PID[0] = os.getpid()
     write_all(4, b"pid\t%d\n" % CHILD_PID[0])
+    write_all(answer_fd, b"ok\n")
+    os.close(answer_fd)
     # Kept for the exit report, but not handed to what the plug-in starts.
     os.set_inheritable(4, False)
     run_child(request, outputs, start_code, namespace)
