@@ -3,10 +3,12 @@
 #   perl worker.pl BRIDGE_FILE PLUGIN_ARGUMENT      (control: fd 3 in, fd 4 out)
 #
 # Compiles the bridge's functions (the part before its main sequence) and requires the plug-in
-# once, as the bridge's BEGIN block would, then for each request forks a child that runs the
-# bridge's main sequence with the request's arguments in @ARGV, so that each input meets a
-# fresh copy of the loaded plug-in. What the plug-in printed while it loaded is written again
-# at the start of each child's outputs. The control lines are those of worker.py.
+# once, as the bridge's BEGIN block would, then forks, ahead of each request, a child that
+# takes the request from the host and runs the bridge's main sequence with the request's
+# arguments in @ARGV, so that each input meets a fresh copy of the loaded plug-in. What the
+# plug-in printed while it loaded is written again at the start of each child's outputs. The
+# control lines are those of worker.py; the worker reports each child's exit once it has
+# reaped it.
 
 use strict;
 use utf8;
@@ -116,11 +118,9 @@ sub worker_write_all {
 
 sub run_child {
     my ($outputs, $folder, @arguments) = @_;
-    POSIX::setpgid(0, 0);
     POSIX::dup2(fileno($outputs->[0]), 1);
     POSIX::dup2(fileno($outputs->[1]), 2);
     close($_) for (@{$outputs});
-    close($control_in);
     close($control_out);
     chdir($folder);
     $0 = shift(@arguments);
@@ -140,46 +140,81 @@ sub run_child {
     exit(0);
 }
 
-while (my $line = <$control_in>) {
+sub refuse_request {
+    my ($answer, $reason) = @_;
+    worker_write_all(fileno($answer), "error\n");
+    worker_send("error\t$reason");
+    POSIX::_exit(0);
+}
+
+# In a waiting child: reads the next request from the host itself (the worker does not pass it
+# on) and runs it; ends the child when there is none.
+sub take_request {
+    my ($answer) = @_;
+    my $line = '';
+    while (index($line, "\n") < 0) {
+        my $count = sysread($control_in, my $chunk, 65536);
+        last if (!$count);
+        $line .= $chunk;
+    }
+    close($control_in);
+    POSIX::_exit(0) if ($line eq '');
     chomp($line);
     my @request = split(/\t/, $line, -1);
     if (scalar(@request) < 5 || $request[0] ne 'run') {
-        worker_send("error\tbad request");
-        next;
+        refuse_request($answer, 'bad request');
     }
     my @outputs;
-    my $failed;
     for my $path (@request[1, 2]) {
-        # Opened before the fork: the host holds the reading ends, so this never blocks.
+        # The host holds the reading ends, so this never blocks.
         my $handle;
-        if (!sysopen($handle, $path, O_WRONLY | O_NONBLOCK)) {
-            $failed = "$!";
-            last;
-        }
+        sysopen($handle, $path, O_WRONLY | O_NONBLOCK) or refuse_request($answer, "$!");
         my $flags = fcntl($handle, F_GETFL, 0);
         fcntl($handle, F_SETFL, $flags & ~O_NONBLOCK);
         push(@outputs, $handle);
     }
-    if (defined($failed)) {
-        worker_send("error\t$failed");
-        next;
-    }
+    # Its own group before the host learns of it, so that a time-out's kill reaches it; the
+    # host, which waits for this line, hears of the child before the worker does.
+    POSIX::setpgid(0, 0);
+    worker_send("pid\t$$");
+    worker_write_all(fileno($answer), "ok\n");
+    close($answer);
+    run_child(\@outputs, @request[3 .. $#request]);
+}
+
+# A child that waits for its request: its pid and the pipe on which it says it took one.
+sub fork_child {
+    pipe(my $answer_read, my $answer_write) or die "worker: no pipe: $!";
     STDOUT->flush();
     STDERR->flush();
     my $pid = fork();
-    if (!defined($pid)) {
-        close($_) for (@outputs);
-        worker_send("error\tfork failed: $!");
+    die "worker: fork failed: $!" if (!defined($pid));
+    if ($pid == 0) {
+        close($answer_read);
+        take_request($answer_write);
+    }
+    close($answer_write);
+    return ($pid, $answer_read);
+}
+
+# Each child takes the next request from the control input itself once the one before has taken
+# its own, so the worker never reads it; the next child is forked while one runs.
+my ($pid, $answer_read) = fork_child();
+while (1) {
+    my $answer = <$answer_read>;
+    close($answer_read);
+    if (defined($answer) && $answer eq "ok\n") {
+        my $running = $pid;
+        ($pid, $answer_read) = fork_child();
+        waitpid($running, 0);
+        my $status = $?;
+        my $code = ($status & 127) ? 128 + ($status & 127) : ($status >> 8);
+        worker_send("exit\t$running\t$code");
         next;
     }
-    if ($pid == 0) {
-        run_child(\@outputs, @request[3 .. $#request]);
-    }
-    close($_) for (@outputs);
-    worker_send("pid\t$pid");
     waitpid($pid, 0);
-    my $status = $?;
-    my $code = ($status & 127) ? 128 + ($status & 127) : ($status >> 8);
-    worker_send("exit\t$pid\t$code");
+    # The host closed the control input, or the child ended before it took a request.
+    last if (!defined($answer) || $answer ne "error\n");
+    ($pid, $answer_read) = fork_child();
 }
 exit(0);
