@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -19,6 +20,7 @@
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -104,6 +106,8 @@ std::string proc_fd_folder() {
     return folder;
 }
 
+constexpr int no_descriptors[2] = {-1, -1};
+
 double milliseconds_since(clock_type::time_point a_start) {
     return std::chrono::duration<double, std::milli>(clock_type::now() - a_start).count();
 }
@@ -158,6 +162,11 @@ struct fork_worker::impl {
     std::uint64_t m_served = 0;
     std::uint64_t m_fifo_count = 0;
     bool m_pipes_by_proc = true;
+    // The worker's children take their outputs with the request (descriptors passed on the
+    // control socket) and name themselves while they wait, so the host waits for nothing
+    // between sending a request and reading the run's outputs.
+    bool m_passes_outputs = false;
+    pid_t m_waiting_child = -1;
     // The syntax check never loads the plug-in: its first answer stands for all.
     std::optional<std::pair<std::vector<char>, std::vector<char>>> m_syntax_check;
     std::optional<int> m_syntax_check_status;
@@ -243,9 +252,32 @@ struct fork_worker::impl {
         }
     }
 
-    bool send_line(const std::string& a_line) {
+    // Sends a line, with the descriptors (when given) attached to its first byte.
+    bool send_line(const std::string& a_line, const int (&a_descriptors)[2] = no_descriptors) {
         const std::string text = a_line + "\n";
         std::size_t done = 0;
+        if (a_descriptors[0] != -1) {
+            alignas(cmsghdr) char control[CMSG_SPACE(sizeof a_descriptors)] = {};
+            iovec part{const_cast<char*>(text.data()), text.size()};
+            msghdr message{};
+            message.msg_iov = &part;
+            message.msg_iovlen = 1;
+            message.msg_control = control;
+            message.msg_controllen = sizeof control;
+            cmsghdr* header = CMSG_FIRSTHDR(&message);
+            header->cmsg_level = SOL_SOCKET;
+            header->cmsg_type = SCM_RIGHTS;
+            header->cmsg_len = CMSG_LEN(sizeof a_descriptors);
+            std::memcpy(CMSG_DATA(header), a_descriptors, sizeof a_descriptors);
+            ssize_t count = -1;
+            do {
+                count = ::sendmsg(m_control, &message, MSG_NOSIGNAL);
+            } while (count == -1 && errno == EINTR);
+            if (count <= 0) {
+                return false;
+            }
+            done = static_cast<std::size_t>(count);
+        }
         while (done < text.size()) {
             const ssize_t count =
                 ::send(m_control, text.data() + done, text.size() - done, MSG_NOSIGNAL);
@@ -350,7 +382,8 @@ struct fork_worker::impl {
         utility::detail::add_running_group(pid);
         m_pipes_by_proc = ::access(proc_fd_folder().c_str(), X_OK) == 0;
         const auto answer = read_line(clock_type::now() + load_limit);
-        if (answer && *answer == "ready") {
+        if (answer && (*answer == "ready" || *answer == "ready\toutputs")) {
+            m_passes_outputs = *answer != "ready";
             m_state = state::serving;
             return true;
         }
@@ -403,7 +436,7 @@ struct fork_worker::impl {
     };
 
     bool open_outputs(child_outputs& a_outputs) {
-        if (m_pipes_by_proc) {
+        if (m_pipes_by_proc || m_passes_outputs) {
             const std::string prefix = proc_fd_folder() + "/";
             for (int index = 0; index < 2; ++index) {
                 int ends[2] = {-1, -1};
@@ -442,14 +475,33 @@ struct fork_worker::impl {
     }
 
     // The next line that is not a second report of an earlier child's exit (a child reports
-    // its exit, then the worker once it has reaped it).
+    // its exit, then the worker once it has reaped it) nor a waiting child naming itself (kept
+    // for the next request).
     std::optional<std::string> read_answer(pid_t a_child, clock_type::time_point a_deadline) {
         for (;;) {
             auto line = read_line(a_deadline);
+            if (line && line->rfind("child\t", 0) == 0) {
+                m_waiting_child = static_cast<pid_t>(std::atoi(line->c_str() + 6));
+                continue;
+            }
             if (!line || line->rfind("exit\t", 0) != 0 || std::atoi(line->c_str() + 5) == a_child) {
                 return line;
             }
         }
+    }
+
+    // Reads until a waiting child has named itself (passing over earlier children's exits).
+    bool wait_for_waiting_child(clock_type::time_point a_deadline) {
+        while (m_waiting_child == -1) {
+            const auto line = read_line(a_deadline);
+            if (!line) {
+                return false;
+            }
+            if (line->rfind("child\t", 0) == 0) {
+                m_waiting_child = static_cast<pid_t>(std::atoi(line->c_str() + 6));
+            }
+        }
+        return true;
     }
 
     // The exit status of the child; nothing when it was not reported in time.
@@ -473,6 +525,10 @@ struct fork_worker::impl {
             read_exit(m_exit_pending, clock_type::time_point::max());
             m_exit_pending = -1;
         }
+        if (m_passes_outputs && !wait_for_waiting_child(clock_type::now() + load_limit)) {
+            fall_back("the worker ended: " + worker_log());
+            return std::nullopt;
+        }
         child_outputs outputs;
         if (!open_outputs(outputs)) {
             return std::nullopt;
@@ -481,8 +537,10 @@ struct fork_worker::impl {
         utility::detail::output_stream std_error(outputs.read_ends[1], stream_limit);
         // Appended piece by piece: GCC 12 at -O3 warns falsely on a literal + std::string.
         std::string request = "run";
+        const std::string passed = "-";
         for (const std::string* part : std::initializer_list<const std::string*>{
-                 &outputs.names[0], &outputs.names[1], &a_working_folder}) {
+                 m_passes_outputs ? &passed : &outputs.names[0],
+                 m_passes_outputs ? &passed : &outputs.names[1], &a_working_folder}) {
             request += '\t';
             request += *part;
         }
@@ -490,20 +548,33 @@ struct fork_worker::impl {
             request += '\t';
             request += value;
         }
-        const bool sent = send_line(request);
-        const auto answer = sent ? read_answer(-1, clock_type::now() + load_limit) : std::nullopt;
-        // The child has opened its ends by now, or never will.
-        outputs.release();
-        if (!answer || answer->rfind("pid\t", 0) != 0) {
-            if (!answer || answer->rfind("error\t", 0) != 0) {
+        pid_t child = -1;
+        if (m_passes_outputs) {
+            child = std::exchange(m_waiting_child, -1);
+            const bool sent = send_line(request, outputs.write_ends);
+            // In flight, the descriptors keep the pipes open until the child holds them.
+            outputs.release();
+            if (!sent) {
                 fall_back("the worker ended: " + worker_log());
-            } else {
-                // The next command's child gets FIFOs, which need nothing of /proc.
-                m_pipes_by_proc = false;
+                return std::nullopt;
             }
-            return std::nullopt;
+        } else {
+            const bool sent = send_line(request);
+            const auto answer =
+                sent ? read_answer(-1, clock_type::now() + load_limit) : std::nullopt;
+            // The child has opened its ends by now, or never will.
+            outputs.release();
+            if (!answer || answer->rfind("pid\t", 0) != 0) {
+                if (!answer || answer->rfind("error\t", 0) != 0) {
+                    fall_back("the worker ended: " + worker_log());
+                } else {
+                    // The next command's child gets FIFOs, which need nothing of /proc.
+                    m_pipes_by_proc = false;
+                }
+                return std::nullopt;
+            }
+            child = static_cast<pid_t>(std::atoi(answer->c_str() + 4));
         }
-        const pid_t child = static_cast<pid_t>(std::atoi(answer->c_str() + 4));
         utility::detail::add_running_group(child);
         ++m_served;
 

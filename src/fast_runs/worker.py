@@ -7,13 +7,17 @@
 # request's argument list, so that each input meets a fresh copy of the loaded plug-in. What the
 # plug-in printed while it loaded is written again at the start of each child's outputs, where a
 # separate run would print it. The host enforces the time-out and the output cap on the two
-# outputs it names per request (its pipes under /proc/PID/fd, or FIFOs).
+# outputs it gives each request.
 #
 # Control lines, tab-separated:
-#   worker -> host  "ready" | "fallback<TAB>REASON"          once, after loading
-#   host -> worker  "run<TAB>OUT_PATH<TAB>ERR_PATH<TAB>FOLDER<TAB>ARG0<TAB>ARG1..."
-#   worker -> host  "pid<TAB>N" (written by the child itself), then "exit<TAB>N<TAB>STATUS" (128 +
-#                   signal for a signal), or "error<TAB>REASON" instead of both
+#   worker -> host  "ready<TAB>outputs" | "ready" | "fallback<TAB>REASON"   once, after loading
+#   host -> worker  "run<TAB>OUT<TAB>ERR<TAB>FOLDER<TAB>ARG0<TAB>ARG1..."
+#   worker -> host  "exit<TAB>N<TAB>STATUS" for each child N (128 + signal for a signal)
+# After "ready<TAB>outputs" (this worker), each waiting child names itself, "child<TAB>N", and the
+# host attaches the two outputs to the request line as descriptors (OUT and ERR are "-"). After
+# "ready" (the Perl and Ruby workers), OUT and ERR are paths that the child opens (the host's
+# pipes under /proc/PID/fd, or FIFOs), and the child then names itself, "pid<TAB>N", or says
+# "error<TAB>REASON" instead of that and its exit.
 # A child reports its own exit just before it ends, and the worker reports it again once it has
 # reaped it: the host takes the first report and passes over a report of a child it is not
 # waiting for. So the host need not wait for the child's memory to be torn down, yet learns of
@@ -95,16 +99,21 @@ def exit_code_of(error):
     return 1
 
 
-def open_outputs(request):
-    # Opened before the worker names the child to the host, so that the host may close or remove
-    # its ends once it knows the child; the host holds the reading ends open already, so this
-    # never blocks.
-    fds = []
-    for path in request[1:3]:
-        fd = os.open(path, os.O_WRONLY | os.O_NONBLOCK)
-        os.set_blocking(fd, True)
-        fds.append(fd)
-    return fds
+def take_request(control):
+    # The request line and the two outputs attached to it, as descriptors.
+    data, ancillary, _flags, _address = control.recvmsg(65536, SOCKET[0].CMSG_SPACE(2 * 4))
+    outputs = []
+    for level, kind, payload in ancillary:
+        if level == SOCKET[0].SOL_SOCKET and kind == SOCKET[0].SCM_RIGHTS:
+            usable = len(payload) - len(payload) % 4
+            outputs += [int.from_bytes(payload[at:at + 4], sys.byteorder, signed=True)
+                        for at in range(0, usable, 4)]
+    while data and not data.endswith(b"\n"):
+        chunk = os.read(3, 65536)
+        if not chunk:
+            break
+        data += chunk
+    return data.rstrip(b"\n"), outputs
 
 
 def read_line(fd):
@@ -171,41 +180,43 @@ def report_exit(code):
 
 
 def wait_for_request(answer_fd, start_code, namespace):
+    # Its own group and named to the host before its request, so that the host, which knows it
+    # already, reads the run's outputs as soon as it has sent the request, and a time-out's kill
+    # reaches it.
+    os.setpgid(0, 0)
+    CHILD_PID[0] = os.getpid()
+    write_all(4, b"child\t%d\n" % CHILD_PID[0])
     # The request comes straight from the host: the worker does not pass it on, so it need not
     # wake up between the host and the child. Only this child reads the control input now; the
     # next is forked once this one has taken its line, and the host sends nothing more before
     # this child's run has ended.
-    line = read_line(3)
-    os.close(3)
+    control = SOCKET[0].socket(fileno=3)
+    try:
+        line, outputs = take_request(control)
+    except OSError:
+        line, outputs = b"", []
+    control.close()
     if not line:
         os._exit(0)
-    request = os.fsdecode(line).split("\t")
-    if len(request) < 5 or request[0] != "run":
-        write_all(answer_fd, b"error\n")
-        write_all(4, b"error\tbad request\n")
-        os._exit(0)
-    try:
-        outputs = open_outputs(request)
-    except OSError as error:
-        write_all(answer_fd, b"error\n")
-        write_all(4, ("error\t%s\n" % error.strerror).encode("utf-8", "replace"))
-        os._exit(0)
-    # Its own group before the host learns of it, so that a time-out's kill reaches it.
-    os.setpgid(0, 0)
-    # The host learns of the child from the child itself, then the worker learns that the
-    # child took its request: the host, which waits for this line, wakes first, before the
-    # worker's fork of the next child takes the other processor.
-    CHILD_PID[0] = os.getpid()
-    write_all(4, b"pid\t%d\n" % CHILD_PID[0])
+    for fd in outputs:
+        os.set_blocking(fd, True)
     write_all(answer_fd, b"ok\n")
     os.close(answer_fd)
     # Kept for the exit report, but not handed to what the plug-in starts.
     os.set_inheritable(4, False)
+    request = os.fsdecode(line).split("\t")
+    if len(request) < 5 or request[0] != "run" or len(outputs) != 2:
+        if len(outputs) == 2:
+            write_all(outputs[1], b"worker: bad request\n")
+        report_exit(1)
+        os._exit(1)
     run_child(request, outputs, start_code, namespace)
 
 
-# The pid of this process once it is a child that took its request.
+# The pid of this process once it is a child waiting for its request.
 CHILD_PID = [0]
+# The socket module, kept out of sys.modules when the plug-in had not imported it.
+SOCKET = [None]
 
 
 def fork_child(start_code, namespace):
@@ -282,9 +293,13 @@ def main():
     namespace["load_plugin"] = cached_load
     # What is loaded now stays out of the collector's way, so that a child's collections do not
     # touch (and copy) every page the fork shares with the worker.
+    had_socket = "_socket" in sys.modules
+    SOCKET[0] = __import__("_socket")
+    if not had_socket:
+        del sys.modules["_socket"]
     gc.collect()
     gc.freeze()
-    send(control_out, "ready")
+    send(control_out, "ready\toutputs")
 
     serve(control_out, start_code, namespace)
 
