@@ -480,8 +480,7 @@ struct fork_worker::impl {
     std::optional<std::string> read_answer(pid_t a_child, clock_type::time_point a_deadline) {
         for (;;) {
             auto line = read_line(a_deadline);
-            if (line && line->rfind("child\t", 0) == 0) {
-                m_waiting_child = static_cast<pid_t>(std::atoi(line->c_str() + 6));
+            if (line && note_waiting_child(*line)) {
                 continue;
             }
             if (!line || line->rfind("exit\t", 0) != 0 || std::atoi(line->c_str() + 5) == a_child) {
@@ -497,10 +496,17 @@ struct fork_worker::impl {
             if (!line) {
                 return false;
             }
-            if (line->rfind("child\t", 0) == 0) {
-                m_waiting_child = static_cast<pid_t>(std::atoi(line->c_str() + 6));
-            }
+            note_waiting_child(*line);
         }
+        return true;
+    }
+
+    // Keeps the pid of a waiting child that names itself in the line.
+    bool note_waiting_child(const std::string& a_line) {
+        if (a_line.rfind("child\t", 0) != 0) {
+            return false;
+        }
+        m_waiting_child = static_cast<pid_t>(std::atoi(a_line.c_str() + 6));
         return true;
     }
 
