@@ -175,17 +175,6 @@ struct fork_worker::impl {
 
     ~impl() { stop(); }
 
-    int answer_syntax_check(std::vector<char>& a_std_output, std::vector<char>& a_std_error,
-                            utility::run_command_report* a_report) const {
-        a_std_output = m_syntax_check->first;
-        a_std_error = m_syntax_check->second;
-        if (a_report != nullptr) {
-            *a_report = utility::run_command_report{};
-            a_report->exit_status = m_syntax_check_status;
-        }
-        return 0;
-    }
-
     void fall_back(std::string a_reason) {
         m_state = state::fallen_back;
         m_reason = std::move(a_reason);
@@ -682,7 +671,13 @@ std::optional<int> fork_worker::execute(const std::string& a_command_line,
         return std::nullopt;
     }
     if (std::exchange(self.m_promised, {}) == a_command_line && self.m_syntax_check) {
-        return self.answer_syntax_check(a_std_output, a_std_error, a_report);
+        a_std_output = self.m_syntax_check->first;
+        a_std_error = self.m_syntax_check->second;
+        if (a_report != nullptr) {
+            *a_report = utility::run_command_report{};
+            a_report->exit_status = self.m_syntax_check_status;
+        }
+        return 0;
     }
     const auto command = parse_bridge_command(a_command_line);
     if (!command || command->values.size() < 3) {
@@ -718,12 +713,9 @@ std::optional<int> fork_worker::execute(const std::string& a_command_line,
         return std::nullopt;
     }
     const bool syntax_check = command->values[2] == "syntax_check";
-    if (syntax_check && self.m_syntax_check) {
-        return self.answer_syntax_check(a_std_output, a_std_error, a_report);
-    }
     auto result = self.serve(command->values, a_working_folder, a_std_output, a_std_error,
                              a_is_timeout, a_report);
-    if (syntax_check && result && *result == 0) {
+    if (syntax_check && !self.m_syntax_check && result && *result == 0) {
         self.m_syntax_check.emplace(a_std_output, a_std_error);
         self.m_syntax_check_status = a_report != nullptr ? a_report->exit_status : std::nullopt;
     }

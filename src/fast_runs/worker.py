@@ -318,11 +318,9 @@ def serve(control_out, start_code, namespace):
             status = status_of(reap(pid))
             send(control_out, "exit\t%d\t%d" % (pid, status))
             continue
+        # The host closed the control input, or the child ended before it took a request:
+        # either way the worker ends, and the host sees it end.
         reap(pid)
-        if answer != b"error":
-            # The host closed the control input, or the child ended before it took a request:
-            # either way the worker ends, and the host sees it end.
-            return
-        waiting = fork_child(start_code, namespace)
+        return
 
 main()
